@@ -1,0 +1,231 @@
+/*
+ * pixmill — fixed-point image processing for video frames in memory.
+ *
+ * One header, plain C ABI, usable from C99 and C++. Every operation is one
+ * synchronous call over caller-owned memory: nothing is allocated, nothing is
+ * kept after the call returns, no floating point is used and no state is
+ * shared, so any number of calls may run at once on disjoint memory.
+ *
+ * Conventions that hold for the whole library
+ * -------------------------------------------
+ *  - Frame: planar YUV. `width` is also the luma row stride; chroma planes
+ *    have a row stride of width >> 1. 4:2:0 chroma has height >> 1 rows,
+ *    4:2:2 chroma has height rows. Which layout is read is decided by the
+ *    operation called, never by the record.
+ *  - RGB565 word: one native-endian 16-bit store per pixel with R in bits
+ *    15..11, G in 10..5, B in 4..0 — for every 16-bit output, whatever the
+ *    letters (RGB or BGR) in the operation's name say.
+ *  - 24-bit pixels: three bytes; each operation states which byte comes
+ *    first (R,G,B or B,G,R).
+ *  - Colour sets (Q14 fixed point, full-range luma, chroma centred on 128):
+ *      BT.601:  Cr->R 22970, Cr->G 11700, Cb->G 5638, Cb->B 29032
+ *      BT.709:  Cr->R 25802, Cr->G  7671, Cb->G 3072, Cb->B 30397
+ *  - Results: operations return nothing, or int32_t 0 always, or int32_t
+ *    0 (ran) / -1 (refused, nothing written). -1 is the only failure value.
+ *  - Only the checks each operation documents are made. Buffer sizes and the
+ *    Frame pointer itself are never checked: they are the caller's to keep.
+ */
+#ifndef PIXMILL_H
+#define PIXMILL_H
+
+#include <stdint.h>
+
+#if defined(_WIN32) || defined(__CYGWIN__)
+#  if defined(PIXMILL_STATIC)
+#    define PIXMILL_API
+#  elif defined(PIXMILL_BUILDING)
+#    define PIXMILL_API __declspec(dllexport)
+#  else
+#    define PIXMILL_API __declspec(dllimport)
+#  endif
+#elif defined(__GNUC__)
+#  define PIXMILL_API __attribute__((visibility("default")))
+#else
+#  define PIXMILL_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* A planar YUV image. The record owns nothing; no operation changes the
+ * plane pointers. Field order and types are part of the ABI. */
+typedef struct Frame {
+    uint8_t *y;      /* luma plane, `height` rows of `width` samples */
+    uint8_t *u;      /* Cb plane */
+    uint8_t *v;      /* Cr plane */
+    uint16_t width;  /* luma width in pixels, also the luma row stride */
+    uint16_t height; /* luma height in rows */
+    uint32_t tag;    /* the caller's own word; only gMirrorImageYUV copies it */
+} Frame;
+
+/* Rotation code. Pixel (c, r) of a W x H source lands at:
+ *   ROTATE_NONE  (c, r)                 ROTATE_90   (H-1-r, c)   clockwise
+ *   ROTATE_180   (W-1-c, H-1-r)         ROTATE_270  (r, W-1-c)   counter-clockwise
+ * gYUV420toBGR565TopDown_Rotate and gYUV422HPlanartoBGR565TopDown_Rotate
+ * write rows bottom-up and have placements of their own (see them). Most
+ * operations read all 32 bits of the code; those two read the low 8 only. */
+typedef uint32_t Rotation;
+enum { ROTATE_NONE = 0, ROTATE_90 = 1, ROTATE_180 = 2, ROTATE_270 = 3 };
+
+/* Mirror modes. Only 1 and 2 are tested: every other value flips left-right. */
+enum { MIRROR_HORIZONTAL = 0, MIRROR_VERTICAL = 1, MIRROR_BOTH = 2 };
+
+/* ---- Planar YUV to 24-bit and RGB565, whole image ---------------------- */
+
+/* 4:2:0 -> packed R,G,B bytes (R at the lowest address), BT.601, no dither.
+ * Converts the top-left sourceWidth x sourceHeight pixels into a tight image
+ * (pitch 3*sourceWidth). topDown != 0 keeps row order, 0 reverses it. An odd
+ * last column/row repeats its neighbour. Sizes: both >= 2, or one of them 0. */
+PIXMILL_API void gEmYUV420toRGB888TopDown(const Frame *frame, uint8_t *destination,
+                                          int32_t sourceWidth, int32_t sourceHeight, int32_t topDown);
+
+/* 4:2:0 -> RGB565 words, BT.601, 2x2 dither tied to the source pixel.
+ * Same walk, sizes and row order as gEmYUV420toRGB888TopDown; pitch is
+ * sourceWidth words. */
+PIXMILL_API void gEmYUV420toRGB565TopDown(const Frame *frame, uint16_t *destination,
+                                          int32_t sourceWidth, int32_t sourceHeight, int32_t topDown);
+
+/* Whole 4:2:0 frame -> B,G,R bytes (B at the lowest address), BT.709 with
+ * rounded chroma terms, odd columns' luma lifted by 1. Rows top-down, `stride`
+ * bytes apart. Returns -1 (nothing written) if stride < 3*width, else 0.
+ * width and height must be even. */
+PIXMILL_API int32_t gYUV420toBGR24(const Frame *frame, uint8_t *destination, int32_t stride);
+
+/* 4:2:2 planar -> B,G,R bytes (B at the lowest address), BT.601, with the 2x2
+ * dither added to the 8-bit values. Both names are one function. Walk, sizes
+ * and row order as gEmYUV420toRGB888TopDown. */
+PIXMILL_API void gYUV422HPlanartoBGR888TopDown(const Frame *frame, uint8_t *destination,
+                                               int32_t sourceWidth, int32_t sourceHeight, int32_t topDown);
+PIXMILL_API void gYUV422HPlanartoRGB888TopDown(const Frame *frame, uint8_t *destination,
+                                               int32_t sourceWidth, int32_t sourceHeight, int32_t topDown);
+
+/* ---- Planar YUV rectangle to RGB565 with rotation ---------------------- */
+/* Each converts a source rectangle into a rectangle of an RGB565 surface
+ * (dstW wide = its stride in pixels, dstH high), clipped to the frame and the
+ * surface, turned by `rotation`, dithered. Pixels outside the written
+ * rectangle keep their values. Return -1 (nothing written) for a null
+ * destination/y/u/v or a code above 3, else 0 (also when nothing fits). */
+
+/* 4:2:0, BT.601. Corner made even (low 16 bits, & 0xfffe); rows are written
+ * bottom-up; the low 8 bits of `rotation` count. */
+PIXMILL_API int32_t gYUV420toBGR565TopDown_Rotate(const Frame *frame, uint16_t *destination,
+                                                  uint32_t srcX, uint32_t srcY, uint16_t srcW, uint16_t srcH,
+                                                  uint16_t dstX, uint16_t dstY, uint16_t dstW, uint16_t dstH,
+                                                  Rotation rotation);
+
+/* 4:2:0, BT.709. Note the argument order: surface first, then source. */
+PIXMILL_API int32_t gYUV420toRGB16Rotate(const Frame *frame, uint16_t *destination,
+                                         int32_t dstW, int32_t dstH, int32_t dstX, int32_t dstY,
+                                         int32_t srcX, int32_t srcY, int32_t srcW, int32_t srcH,
+                                         Rotation rotation);
+
+/* 4:2:2 planar, BT.709, dither of the even-row entries only. */
+PIXMILL_API int32_t gYUV422toRGB16Rotate(const Frame *frame, uint16_t *destination,
+                                         int32_t dstW, int32_t dstH, int32_t dstX, int32_t dstY,
+                                         int32_t srcX, int32_t srcY, int32_t srcW, int32_t srcH,
+                                         Rotation rotation);
+
+/* 4:2:2 planar, BT.601. Corner used as given; dstW/dstH are the target's size
+ * before the turn; rows bottom-up; the low 8 bits of `rotation` count. */
+PIXMILL_API int32_t gYUV422HPlanartoBGR565TopDown_Rotate(const Frame *frame, uint16_t *destination,
+                                                         uint32_t srcX, uint32_t srcY, uint16_t srcW, uint16_t srcH,
+                                                         uint16_t dstX, uint16_t dstY, uint16_t dstW, uint16_t dstH,
+                                                         Rotation rotation);
+
+/* ---- Into planar 4:2:0 -------------------------------------------------- */
+
+/* RGB565 image (stride sourceWidth) -> the 4:2:0 planes of `frame`. */
+PIXMILL_API void gEmRGB565toYUV420(const uint16_t *source, Frame *frame,
+                                   uint32_t sourceWidth, uint32_t sourceHeight);
+
+/* B,G,R bytes (`stride` bytes per row) -> one contiguous 4:2:0 buffer:
+ * Y (width*height), then U, then V (each width/2 * height/2). */
+PIXMILL_API void gBGR24INTtoYUV420Planar(const uint8_t *source, uint8_t *destination,
+                                         uint32_t width, uint32_t height, int32_t stride);
+
+/* Packed 4:2:2 -> planar 4:2:0 (every second chroma row dropped, never
+ * averaged). The Frame forms store width and height into the record.
+ *   gY1UY2VToYUV420  bytes Y0 U Y1 V   -> frame (u, v)
+ *   gY1UY2VToYV12    bytes Y0 U Y1 V   -> frame with the chroma planes swapped
+ *   gUY1VY2ToYUV420  bytes U Y0 V Y1   -> frame
+ *   YUY2toYUV420     bytes Y0 U Y1 V   -> one contiguous buffer Y, U, V */
+PIXMILL_API int32_t gY1UY2VToYUV420(const uint8_t *source, Frame *frame, uint32_t width, uint32_t height);
+PIXMILL_API int32_t gY1UY2VToYV12(const uint8_t *source, Frame *frame, uint32_t width, uint32_t height);
+PIXMILL_API int32_t gUY1VY2ToYUV420(const uint8_t *source, Frame *frame, uint32_t width, uint32_t height);
+PIXMILL_API void YUY2toYUV420(const uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
+
+/* Planar 4:2:2 rectangle -> 4:2:0 target frame, cropped and bilinear-scaled
+ * to the target's width x height. Always returns 0. */
+PIXMILL_API int32_t gYUV422toYUV420(const Frame *source, Frame *target,
+                                    uint32_t srcX, uint32_t srcY, uint16_t srcW, uint16_t srcH);
+
+/* ---- Rotation and mirroring -------------------------------------------- */
+
+/* Whole-frame quarter turns from the planes of `source` into those of
+ * `destination` (record fields other than the plane pointers are neither
+ * read nor set). A code outside 0..3 returns at once, writing nothing.
+ * gRotateMonochromeFrame reads only the first field (y) of `destination`. */
+PIXMILL_API void gRotateFrame(const Frame *source, const Frame *destination, Rotation rotation);
+PIXMILL_API void gRotate422Frame(const Frame *source, const Frame *destination, Rotation rotation);
+PIXMILL_API void gRotateMonochromeFrame(const Frame *source, const Frame *destination, Rotation rotation);
+
+/* Rectangle of a 16-bit surface into a rectangle of another, turned.
+ * Returns -1 for a null buffer or a code outside 0..3, else 0. */
+PIXMILL_API int32_t gRotateRGB16(const uint16_t *source, uint16_t *destination,
+                                 int32_t sourceWidth, int32_t sourceHeight,
+                                 int32_t srcX, int32_t srcY, int32_t srcW, int32_t srcH,
+                                 int32_t dstX, int32_t dstY, int32_t dstW, int32_t dstH,
+                                 Rotation rotation);
+
+/* Rectangle of an RGB565 surface into a rectangle of a 24-bit B,G,R surface,
+ * turned. Note: height before stride (dstH, dstStride in bytes). */
+PIXMILL_API int32_t gRotateRGB16toBGR24(const uint16_t *source, uint8_t *destination,
+                                        int32_t sourceWidth, int32_t sourceHeight,
+                                        int32_t srcX, int32_t srcY, int32_t srcW, int32_t srcH,
+                                        int32_t dstX, int32_t dstY, int32_t dstH, int32_t dstStride,
+                                        Rotation rotation);
+
+/* Flip a packed 16-bit image (stride sourceWidth) into a second buffer. */
+PIXMILL_API int32_t gMirrorImageRGB565(const uint16_t *source, uint16_t *destination,
+                                       int32_t sourceWidth, int32_t sourceHeight, uint32_t mirrorMode);
+
+/* Flip a planar frame in place, or into `destination` when toDestination is
+ * 1 (then width, height and tag are copied into it). chromaLayout: 0 = 4:2:0,
+ * 1 = 4:2:2, anything else is refused with -1. */
+PIXMILL_API int32_t gMirrorImageYUV(Frame *source, Frame *destination, int32_t chromaLayout,
+                                    uint32_t mirrorMode, uint8_t toDestination);
+
+/* ---- Scaling ------------------------------------------------------------ */
+
+/* Bilinear scaling of every plane of `source` to the size of `target`
+ * (4:2:0), optionally of a source rectangle given in luma pixels. */
+PIXMILL_API void gScaleFrame(const Frame *source, Frame *target);
+PIXMILL_API void gScaleCroppedFrame(const Frame *source, Frame *target,
+                                    uint32_t srcX, uint32_t srcY, uint16_t srcW, uint16_t srcH);
+PIXMILL_API void gScaleCroppedFrameYUV422(const Frame *source, Frame *target,
+                                          uint32_t srcX, uint32_t srcY, uint16_t srcW, uint16_t srcH);
+
+/* Bilinear scaling of a packed RGB565 image (stride = width in pixels). */
+PIXMILL_API void gScaleRGB565Frame(const uint16_t *source, uint16_t *target,
+                                   int32_t sourceWidth, int32_t sourceHeight, int32_t dstW, int32_t dstH);
+PIXMILL_API void gScaleRGB565CroppedFrame(const uint16_t *source, uint16_t *target,
+                                          int32_t sourceWidth, int32_t sourceHeight, int32_t dstW, int32_t dstH,
+                                          int32_t srcX, int32_t srcY, int32_t srcW, int32_t srcH);
+
+/* Fixed-ratio 4:2:0 scaling from the corner (srcX, srcY): 2:1, 1:2, 1:4 and
+ * 4:3 (4x4 blocks to 3x3). srcW and srcH are accepted and not used. */
+PIXMILL_API void gScaleCroppedFrame_downby2(const Frame *source, Frame *target,
+                                            uint32_t srcX, uint32_t srcY, uint32_t srcW, uint32_t srcH);
+PIXMILL_API void gScaleCroppedFrame_upby2(const Frame *source, Frame *target,
+                                          uint32_t srcX, uint32_t srcY, uint32_t srcW, uint32_t srcH);
+PIXMILL_API void gScaleCroppedFrame_upby4(const Frame *source, Frame *target,
+                                          uint32_t srcX, uint32_t srcY, uint32_t srcW, uint32_t srcH);
+PIXMILL_API void gScaleCroppedFrame_downto3by3(const Frame *source, Frame *target,
+                                               uint32_t srcX, uint32_t srcY, uint32_t srcW, uint32_t srcH);
+
+#ifdef __cplusplus
+} /* extern "C" */
+#endif
+
+#endif /* PIXMILL_H */

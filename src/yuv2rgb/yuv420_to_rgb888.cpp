@@ -1,0 +1,31 @@
+// 4:2:0 -> tightly packed R,G,B bytes: BT.601, truncating terms, no offsets.
+#include "yuv2rgb/block_walk.h"
+
+namespace pixmill {
+namespace {
+
+struct Rgb888From420 {
+    using Out = uint8_t;
+    static constexpr int32_t kUnits = 3;
+    static constexpr bool kChromaPerRow = false;
+    static PIXMILL_INLINE ChromaTerms terms(int32_t u, int32_t v)
+    {
+        return chromaTerms<Terms::Truncating>(Coeff601, u, v);
+    }
+    template <int row, int col>
+    static PIXMILL_INLINE void put(uint8_t *p, int32_t luma, const ChromaTerms &t)
+    {
+        storeRgb(p, pixel(luma, t, NoOffsets));
+    }
+};
+
+} // namespace
+} // namespace pixmill
+
+extern "C" PIXMILL_API PIXMILL_CODE(PIXMILL_SECTION_YUV420_LOWER) void gEmYUV420toRGB888TopDown(
+    const Frame *frame, uint8_t *destination, int32_t sourceWidth, int32_t sourceHeight, int32_t topDown)
+{
+    using namespace pixmill;
+    walkBlocks<Rgb888From420>(*frame, destination, sourceWidth, sourceHeight,
+                              static_cast<ptrdiff_t>(sourceWidth) * 3, topDown != 0);
+}
