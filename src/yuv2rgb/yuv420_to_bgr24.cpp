@@ -1,0 +1,38 @@
+// Whole 4:2:0 frame -> B,G,R bytes with a caller's stride: BT.709 with
+// rounded terms. Luma in odd columns is lifted by 1 before the clamp, which
+// is the same as an offset of 1 on all three values of those pixels.
+#include "yuv2rgb/block_walk.h"
+
+namespace pixmill {
+namespace {
+
+struct Bgr24From420 {
+    using Out = uint8_t;
+    static constexpr int32_t kUnits = 3;
+    static constexpr bool kChromaPerRow = false;
+    static PIXMILL_INLINE ChromaTerms terms(int32_t u, int32_t v)
+    {
+        return chromaTerms<Terms::Rounding>(Coeff709, u, v);
+    }
+    template <int row, int col>
+    static PIXMILL_INLINE void put(uint8_t *p, int32_t luma, const ChromaTerms &t)
+    {
+        storeBgr(p, pixel(luma + col, t, NoOffsets));
+    }
+};
+
+} // namespace
+} // namespace pixmill
+
+extern "C" PIXMILL_API int32_t gYUV420toBGR24(const Frame *frame, uint8_t *destination, int32_t stride)
+{
+    using namespace pixmill;
+    const int32_t width = frame->width;
+    const int32_t height = frame->height;
+    if (stride < 3 * width)
+        return -1;
+    // Sizes are even by contract; the walk's repeat of an odd last column or
+    // row keeps any other size inside the target.
+    walkBlocks<Bgr24From420>(*frame, destination, width, height, stride, true);
+    return 0;
+}
