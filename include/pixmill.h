@@ -135,21 +135,35 @@ PIXMILL_API int32_t gYUV422HPlanartoBGR565TopDown_Rotate(const Frame *frame, uin
 
 /* ---- Into planar 4:2:0 -------------------------------------------------- */
 
-/* RGB565 image (stride sourceWidth) -> the 4:2:0 planes of `frame`. */
+/* RGB565 image (stride sourceWidth) -> the 4:2:0 planes of `frame`, upside
+ * down: image row 0 lands on the frame's last row. BT.709 studio range from
+ * the raw 5/6-bit levels (white gives Y 230); chroma of each 2x2 block from
+ * its top-left pixel. An odd last column or row and the frame area beyond the
+ * image are filled by replication, so every plane byte is written. Needs even
+ * frame sizes, 2 <= sourceWidth <= width, 1 <= sourceHeight <= height. */
 PIXMILL_API void gEmRGB565toYUV420(const uint16_t *source, Frame *frame,
                                    uint32_t sourceWidth, uint32_t sourceHeight);
 
-/* B,G,R bytes (`stride` bytes per row) -> one contiguous 4:2:0 buffer:
- * Y (width*height), then U, then V (each width/2 * height/2). */
+/* B,G,R bytes (B at the lowest address, `stride` bytes per row, may be
+ * negative) -> one contiguous 4:2:0 buffer: Y (width*height), then U, then V
+ * (each width/2 * height/2). Full-range BT.601 luma; chroma is the mean of
+ * each 2x2 block. Odd or zero sizes write nothing. */
 PIXMILL_API void gBGR24INTtoYUV420Planar(const uint8_t *source, uint8_t *destination,
                                          uint32_t width, uint32_t height, int32_t stride);
 
-/* Packed 4:2:2 -> planar 4:2:0 (every second chroma row dropped, never
- * averaged). The Frame forms store width and height into the record.
- *   gY1UY2VToYUV420  bytes Y0 U Y1 V   -> frame (u, v)
- *   gY1UY2VToYV12    bytes Y0 U Y1 V   -> frame with the chroma planes swapped
- *   gUY1VY2ToYUV420  bytes U Y0 V Y1   -> frame
- *   YUY2toYUV420     bytes Y0 U Y1 V   -> one contiguous buffer Y, U, V */
+/* Packed 4:2:2 (2 bytes a pixel, rows without gaps) -> planar 4:2:0: pure
+ * byte moves, the chroma of odd source rows dropped, never averaged. Byte
+ * offsets within each 4-byte group of two pixels:
+ *                    luma    -> u   -> v
+ *   gY1UY2VToYUV420  0, 2    3      1
+ *   gY1UY2VToYV12    0, 2    1      3
+ *   gUY1VY2ToYUV420  1, 3    0      2
+ *   YUY2toYUV420     0, 2    1 (first chroma plane), 3 (second)
+ * The Frame forms first store width and height (cut to 16 bits) into the
+ * record, then write (height+1)/2 chroma rows; they return 0, and write no
+ * plane for an odd width. YUY2toYUV420 writes one contiguous buffer (Y at 0,
+ * chroma planes at w*h and w*h + w*h/4) from height/2 row pairs of width/2
+ * groups each; its source is 4-byte aligned. */
 PIXMILL_API int32_t gY1UY2VToYUV420(const uint8_t *source, Frame *frame, uint32_t width, uint32_t height);
 PIXMILL_API int32_t gY1UY2VToYV12(const uint8_t *source, Frame *frame, uint32_t width, uint32_t height);
 PIXMILL_API int32_t gUY1VY2ToYUV420(const uint8_t *source, Frame *frame, uint32_t width, uint32_t height);

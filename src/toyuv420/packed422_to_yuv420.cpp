@@ -1,0 +1,146 @@
+// Packed 4:2:2 -> planar 4:2:0. Pure byte moves: every second chroma row
+// (the odd source rows') is dropped, never averaged. The byte orders differ
+// only in where the two lumas and the two chroma bytes sit in a 4-byte group
+// of two pixels; the walkers take that as a compile-time parameter.
+#include <cstddef>
+
+#include "frame/platform.h"
+
+namespace pixmill {
+namespace {
+
+// Offsets within a group of the first and second pixel's luma and of the
+// first and second chroma byte in memory order.
+template <int L0, int L1, int C0, int C1>
+struct ByteOrder {
+    static constexpr int luma0 = L0, luma1 = L1, chroma0 = C0, chroma1 = C1;
+};
+using Y0UY1V = ByteOrder<0, 2, 1, 3>;
+using UY0VY1 = ByteOrder<1, 3, 0, 2>;
+
+// One group as a little-endian word; byte k of the group is bits 8k..8k+7.
+struct Group {
+    uint32_t word;
+    PIXMILL_INLINE explicit Group(const uint8_t *p)
+        : word(uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24)
+    {
+    }
+    template <int k>
+    PIXMILL_INLINE uint8_t byte() const
+    {
+        return static_cast<uint8_t>(word >> (8 * k));
+    }
+};
+
+// Lumas of `groups` groups, advancing both pointers.
+template <class Order>
+PIXMILL_INLINE void copyLuma(const uint8_t *&src, uint8_t *&y, size_t groups)
+{
+    for (size_t i = 0; i < groups; ++i) {
+        const Group g(src);
+        y[0] = g.byte<Order::luma0>();
+        y[1] = g.byte<Order::luma1>();
+        src += 4;
+        y += 2;
+    }
+}
+
+// Chroma bytes of `groups` groups, the first to `c0`, the second to `c1`.
+template <class Order>
+PIXMILL_INLINE void copyChroma(const uint8_t *&src, uint8_t *&c0, uint8_t *&c1, size_t groups)
+{
+    for (size_t i = 0; i < groups; ++i) {
+        const Group g(src);
+        *c0++ = g.byte<Order::chroma0>();
+        *c1++ = g.byte<Order::chroma1>();
+        src += 4;
+    }
+}
+
+// Lumas and chroma of one row in one pass.
+template <class Order>
+PIXMILL_INLINE void copyRow(const uint8_t *&src, uint8_t *&y, uint8_t *&c0, uint8_t *&c1, size_t groups)
+{
+    for (size_t i = 0; i < groups; ++i) {
+        const Group g(src);
+        y[0] = g.byte<Order::luma0>();
+        y[1] = g.byte<Order::luma1>();
+        *c0++ = g.byte<Order::chroma0>();
+        *c1++ = g.byte<Order::chroma1>();
+        src += 4;
+        y += 2;
+    }
+}
+
+// The Frame forms: the record takes the sizes first (cut to 16 bits), then a
+// luma pass over the whole image as one run, then a chroma pass over the even
+// source rows, ceil(height / 2) of them. An odd width has no whole groups per
+// row and is refused after the record is set. `c0` and `c1` are the planes
+// that receive the first and second chroma byte of a group.
+template <class Order>
+PIXMILL_INLINE int32_t unpackToFrame(const uint8_t *source, Frame *frame, uint8_t *c0, uint8_t *c1, uint32_t width,
+                                     uint32_t height)
+{
+    frame->height = static_cast<uint16_t>(height);
+    frame->width = static_cast<uint16_t>(width);
+    if (width & 1)
+        return 0;
+    const uint8_t *src = source;
+    uint8_t *y = frame->y;
+    copyLuma<Order>(src, y, size_t(width) * height / 2);
+
+    const size_t groups = width / 2;
+    const size_t rowBytes = 2 * size_t(width);
+    for (uint32_t r = 0; r < height; r += 2) {
+        src = source;
+        copyChroma<Order>(src, c0, c1, groups);
+        source += 2 * rowBytes;
+    }
+    return 0;
+}
+
+// Y0 U Y1 V into a frame; swapChroma != 0 sends offset 1 to v and offset 3
+// to u, zero sends offset 1 to u and offset 3 to v.
+int32_t gY1UY2VToPlanar(const uint8_t *source, Frame *frame, uint32_t width, uint32_t height, uint8_t swapChroma)
+{
+    return swapChroma ? unpackToFrame<Y0UY1V>(source, frame, frame->v, frame->u, width, height)
+                      : unpackToFrame<Y0UY1V>(source, frame, frame->u, frame->v, width, height);
+}
+
+} // namespace
+} // namespace pixmill
+
+extern "C" PIXMILL_API int32_t gY1UY2VToYUV420(const uint8_t *source, Frame *frame, uint32_t width, uint32_t height)
+{
+    return pixmill::gY1UY2VToPlanar(source, frame, width, height, 1);
+}
+
+extern "C" PIXMILL_API int32_t gY1UY2VToYV12(const uint8_t *source, Frame *frame, uint32_t width, uint32_t height)
+{
+    return pixmill::gY1UY2VToPlanar(source, frame, width, height, 0);
+}
+
+extern "C" PIXMILL_API int32_t gUY1VY2ToYUV420(const uint8_t *source, Frame *frame, uint32_t width, uint32_t height)
+{
+    using namespace pixmill;
+    return unpackToFrame<UY0VY1>(source, frame, frame->u, frame->v, width, height);
+}
+
+// Y0 U Y1 V into one contiguous buffer, a row pair at a time: the first row
+// gives luma and chroma, the second luma only. An odd width is walked one
+// pixel narrower and an odd last row is left alone; the chroma planes start
+// where the full width x height puts them.
+extern "C" PIXMILL_API void YUY2toYUV420(const uint8_t *source, uint8_t *destination, uint32_t width,
+                                         uint32_t height)
+{
+    using namespace pixmill;
+    const size_t lumaSize = size_t(width) * height;
+    const size_t groups = width / 2;
+    uint8_t *y = destination;
+    uint8_t *c0 = destination + lumaSize;
+    uint8_t *c1 = c0 + lumaSize / 4;
+    for (uint32_t pair = 0; pair < height / 2; ++pair) {
+        copyRow<Y0UY1V>(source, y, c0, c1, groups);
+        copyLuma<Y0UY1V>(source, y, groups);
+    }
+}
