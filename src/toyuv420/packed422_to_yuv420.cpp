@@ -32,43 +32,26 @@ struct Group {
     }
 };
 
-// Lumas of `groups` groups, advancing both pointers.
-template <class Order>
-PIXMILL_INLINE void copyLuma(const uint8_t *&src, uint8_t *&y, size_t groups)
-{
-    for (size_t i = 0; i < groups; ++i) {
-        const Group g(src);
-        y[0] = g.byte<Order::luma0>();
-        y[1] = g.byte<Order::luma1>();
-        src += 4;
-        y += 2;
-    }
-}
+// What a walk takes from each group.
+enum Take { Luma = 1, Chroma = 2, LumaAndChroma = 3 };
 
-// Chroma bytes of `groups` groups, the first to `c0`, the second to `c1`.
-template <class Order>
-PIXMILL_INLINE void copyChroma(const uint8_t *&src, uint8_t *&c0, uint8_t *&c1, size_t groups)
+// Walks `groups` groups, sending lumas to `y` and the first and second chroma
+// byte to `c0` and `c1`, as `take` says; every pointer used advances.
+template <class Order, int take>
+PIXMILL_INLINE void copyGroups(const uint8_t *&src, uint8_t *&y, uint8_t *&c0, uint8_t *&c1, size_t groups)
 {
     for (size_t i = 0; i < groups; ++i) {
         const Group g(src);
-        *c0++ = g.byte<Order::chroma0>();
-        *c1++ = g.byte<Order::chroma1>();
+        if constexpr ((take & Luma) != 0) {
+            y[0] = g.byte<Order::luma0>();
+            y[1] = g.byte<Order::luma1>();
+            y += 2;
+        }
+        if constexpr ((take & Chroma) != 0) {
+            *c0++ = g.byte<Order::chroma0>();
+            *c1++ = g.byte<Order::chroma1>();
+        }
         src += 4;
-    }
-}
-
-// Lumas and chroma of one row in one pass.
-template <class Order>
-PIXMILL_INLINE void copyRow(const uint8_t *&src, uint8_t *&y, uint8_t *&c0, uint8_t *&c1, size_t groups)
-{
-    for (size_t i = 0; i < groups; ++i) {
-        const Group g(src);
-        y[0] = g.byte<Order::luma0>();
-        y[1] = g.byte<Order::luma1>();
-        *c0++ = g.byte<Order::chroma0>();
-        *c1++ = g.byte<Order::chroma1>();
-        src += 4;
-        y += 2;
     }
 }
 
@@ -87,14 +70,15 @@ PIXMILL_INLINE int32_t unpackToFrame(const uint8_t *source, Frame *frame, uint8_
         return 0;
     const uint8_t *src = source;
     uint8_t *y = frame->y;
-    copyLuma<Order>(src, y, size_t(width) * height / 2);
+    copyGroups<Order, Luma>(src, y, c0, c1, size_t(width) * height / 2);
 
+    // Each pass reads one even row and steps over the odd row after it.
     const size_t groups = width / 2;
     const size_t rowBytes = 2 * size_t(width);
-    for (uint32_t r = 0; r < height; r += 2) {
-        src = source;
-        copyChroma<Order>(src, c0, c1, groups);
-        source += 2 * rowBytes;
+    src = source;
+    for (uint32_t evenRows = height - height / 2; evenRows > 0; --evenRows) {
+        copyGroups<Order, Chroma>(src, y, c0, c1, groups);
+        src += rowBytes;
     }
     return 0;
 }
@@ -140,7 +124,7 @@ extern "C" PIXMILL_API void YUY2toYUV420(const uint8_t *source, uint8_t *destina
     uint8_t *c0 = destination + lumaSize;
     uint8_t *c1 = c0 + lumaSize / 4;
     for (uint32_t pair = 0; pair < height / 2; ++pair) {
-        copyRow<Y0UY1V>(source, y, c0, c1, groups);
-        copyLuma<Y0UY1V>(source, y, groups);
+        copyGroups<Y0UY1V, LumaAndChroma>(source, y, c0, c1, groups);
+        copyGroups<Y0UY1V, Luma>(source, y, c0, c1, groups);
     }
 }
