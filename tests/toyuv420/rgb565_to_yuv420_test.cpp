@@ -48,7 +48,8 @@ int lesser(int a, int b) { return a < b ? a : b; }
         }
     for (int C = 0; C < H / 2; ++C)
         for (int j = 0; j < W / 2; ++j) {
-            const ModelYuv want = modelYuv(pixelAt(2 * lesser(H / 2 - 1 - C, (sh + 1) / 2 - 1), 2 * lesser(j, ew / 2 - 1)));
+            const int row = 2 * lesser(H / 2 - 1 - C, (sh + 1) / 2 - 1), col = 2 * lesser(j, ew / 2 - 1);
+            const ModelYuv want = modelYuv(pixelAt(row, col));
             if (f.U(j, C) != want.u || f.V(j, C) != want.v)
                 return ::testing::AssertionFailure() << "u, v(" << C << ", " << j << ") = " << int(f.U(j, C)) << ", "
                                                      << int(f.V(j, C)) << ", want " << want.u << ", " << want.v;
@@ -63,7 +64,8 @@ TEST(RGB565toYUV420, MatchesModelOnRandomSizes)
         const int maxSide = i < 1200 ? 12 : 60;
         const int W = 2 * rng.range(1, maxSide / 2), H = 2 * rng.range(1, maxSide / 2);
         const int sw = rng.coin() ? W : rng.range(2, W), sh = rng.coin() ? H : rng.range(1, H);
-        SCOPED_TRACE(::testing::Message() << "case " << i << ": frame " << W << "x" << H << ", image " << sw << "x" << sh);
+        SCOPED_TRACE(::testing::Message() << "case " << i << ": frame " << W << "x" << H << ", image " << sw << "x"
+                                          << sh);
         TestFrame f(W, H, Layout::Yuv420, rng);
         const Frame record = f.frame();
         Guarded<uint16_t> img(size_t(sw) * size_t(sh), 0, rng.word());
