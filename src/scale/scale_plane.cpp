@@ -1,0 +1,77 @@
+// Bilinear plane scaler: Q18 positions anchored at the rectangle's top-left
+// corner, four taps per sample, and for strong reductions taps spread to
+// every (1 << shift)-th sample instead of more taps.
+#include "scale/scale_plane.h"
+
+#include <cstddef>
+
+#include "frame/frame.h"
+#include "scale/bilinear.h"
+
+namespace pixmill {
+namespace {
+
+// One target row from the upper and lower tap rows. kSpread: the horizontal
+// taps are dx samples apart on a lattice of every (1 << shiftX)-th sample;
+// otherwise they are neighbours and col is the position's integer part.
+template <bool kSpread>
+PIXMILL_INLINE void scaleRow(const uint8_t *upper, const uint8_t *lower, uint8_t *out, int32_t dstW, int32_t stepX,
+                             int32_t shiftX, int32_t dx, const WeightRow<uint8_t> &w)
+{
+    const int32_t shift = kSpread ? shiftX : 0;
+    const int32_t far = kSpread ? dx : 1;
+    int32_t posX = 0;
+    for (uint8_t *end = out + dstW; out != end; ++out, posX += stepX) {
+        const int32_t col = positionIndex(posX) << shift;
+        *out = static_cast<uint8_t>(
+            blend(w, positionPhase(posX), upper[col], upper[col + far], lower[col], lower[col + far]));
+    }
+}
+
+} // namespace
+
+void gScalePlane(const uint8_t *source, uint8_t *target, int32_t sourceWidth, int32_t sourceHeight, int32_t dstW,
+                 int32_t dstH, int32_t srcX, int32_t srcY, int32_t srcW, int32_t srcH)
+{
+    if (!source || !target)
+        return;
+    // Nothing sound can be made of a corner outside the plane, an empty
+    // rectangle or an empty target.
+    if (srcX < 0 || srcY < 0 || srcX >= sourceWidth || srcY >= sourceHeight || srcW < 1 || srcH < 1 || dstW < 1 ||
+        dstH < 1)
+        return;
+    if (srcX + srcW > sourceWidth)
+        srcW = sourceWidth - srcX;
+    if (srcY + srcH > sourceHeight)
+        srcH = sourceHeight - srcY;
+
+    const int32_t shiftX = DecimationShift[min32(srcW / dstW, kMaxDecimationRatio)];
+    const int32_t shiftY = DecimationShift[min32(srcH / dstH, kMaxDecimationRatio)];
+    const int32_t spanX = (srcW - 1) >> shiftX;
+    const int32_t spanY = (srcH - 1) >> shiftY;
+    constexpr int32_t kMaxSpan = 1 << (31 - kPositionBits);
+    if (spanX >= kMaxSpan || spanY >= kMaxSpan)
+        return;
+    const int32_t stepX = (spanX << kPositionBits) / dstW;
+    const int32_t stepY = (spanY << kPositionBits) / dstH;
+
+    // With a span of 0 the far tap always has weight 0: point it at the near
+    // one so that nothing beyond the rectangle is read.
+    const int32_t dx = spanX ? 1 << shiftX : 0;
+    const ptrdiff_t stride = sourceWidth;
+    const ptrdiff_t dy = spanY ? stride << shiftY : 0;
+    const uint8_t *corner = source + srcY * stride + srcX;
+    const bool spread = dx != 1;
+
+    int32_t posY = 0;
+    for (int32_t j = 0; j < dstH; ++j, posY += stepY, target += dstW) {
+        const uint8_t *upper = corner + (positionIndex(posY) << shiftY) * stride;
+        const WeightRow<uint8_t> w = weightRow(BilinearWeights, positionPhase(posY));
+        if (spread)
+            scaleRow<true>(upper, upper + dy, target, dstW, stepX, shiftX, dx, w);
+        else
+            scaleRow<false>(upper, upper + dy, target, dstW, stepX, shiftX, dx, w);
+    }
+}
+
+} // namespace pixmill
