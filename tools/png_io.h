@@ -1,16 +1,28 @@
-// PNG output for the command-line program (libpng; the library itself never
+// PNG files for the command-line program (libpng; the library itself never
 // touches files).
 #ifndef PIXMILL_TOOLS_PNG_IO_H
 #define PIXMILL_TOOLS_PNG_IO_H
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <vector>
+
+#include "cli.h"
 
 namespace pixmill::tools {
 
-// Writes w x h pixels of R,G,B bytes (pitch 3*w) as an 8-bit RGB PNG.
-// Returns an empty string on success, else what went wrong.
-std::string writePngRgb(const std::string &path, const uint8_t *rgb, int32_t w, int32_t h);
+// Reads whole bytes from the input; returns how many it got (0 at the end).
+using ByteSource = std::function<size_t(void *bytes, size_t count)>;
+
+// Decodes a PNG whose 8-byte signature has been read already into rgb24
+// (palette, grey, 16-bit and alpha are reduced to 8-bit R, G, B). Throws a
+// data error naming `name` for a damaged or oversized file.
+Picture readPng(const ByteSource &source, const std::string &name);
+
+// Encodes w x h pixels of `channels` bytes each (1 grey, 3 R,G,B) as PNG.
+std::vector<uint8_t> encodePng(const uint8_t *pixels, int32_t w, int32_t h, int channels, const std::string &name);
 
 } // namespace pixmill::tools
 
