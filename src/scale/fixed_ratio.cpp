@@ -204,26 +204,15 @@ void gScalePlane_downto3by3(const uint8_t *source, uint8_t *target, int32_t sour
 
 } // namespace pixmill
 
-extern "C" PIXMILL_API void gScaleCroppedFrame_downby2(const Frame *source, Frame *target, uint32_t srcX,
-                                                       uint32_t srcY, uint32_t srcW, uint32_t srcH)
-{
-    pixmill::scaleFrame420<pixmill::gScalePlane_downby2>(*source, *target, srcX, srcY, srcW, srcH);
-}
+// Each export makes the three calls of one kernel.
+#define PIXMILL_FIXED_RATIO_EXPORT(name, kernel)                                                             \
+    extern "C" PIXMILL_API void name(const Frame *source, Frame *target, uint32_t srcX, uint32_t srcY,       \
+                                     uint32_t srcW, uint32_t srcH)                                             \
+    {                                                                                                          \
+        pixmill::scaleFrame420<pixmill::kernel>(*source, *target, srcX, srcY, srcW, srcH);                     \
+    }
 
-extern "C" PIXMILL_API void gScaleCroppedFrame_upby2(const Frame *source, Frame *target, uint32_t srcX,
-                                                     uint32_t srcY, uint32_t srcW, uint32_t srcH)
-{
-    pixmill::scaleFrame420<pixmill::gScalePlane_upby2>(*source, *target, srcX, srcY, srcW, srcH);
-}
-
-extern "C" PIXMILL_API void gScaleCroppedFrame_upby4(const Frame *source, Frame *target, uint32_t srcX,
-                                                     uint32_t srcY, uint32_t srcW, uint32_t srcH)
-{
-    pixmill::scaleFrame420<pixmill::gScalePlane_upby4>(*source, *target, srcX, srcY, srcW, srcH);
-}
-
-extern "C" PIXMILL_API void gScaleCroppedFrame_downto3by3(const Frame *source, Frame *target, uint32_t srcX,
-                                                          uint32_t srcY, uint32_t srcW, uint32_t srcH)
-{
-    pixmill::scaleFrame420<pixmill::gScalePlane_downto3by3>(*source, *target, srcX, srcY, srcW, srcH);
-}
+PIXMILL_FIXED_RATIO_EXPORT(gScaleCroppedFrame_downby2, gScalePlane_downby2)
+PIXMILL_FIXED_RATIO_EXPORT(gScaleCroppedFrame_upby2, gScalePlane_upby2)
+PIXMILL_FIXED_RATIO_EXPORT(gScaleCroppedFrame_upby4, gScalePlane_upby4)
+PIXMILL_FIXED_RATIO_EXPORT(gScaleCroppedFrame_downto3by3, gScalePlane_downto3by3)
