@@ -228,7 +228,17 @@ PIXMILL_API void gScaleRGB565CroppedFrame(const uint16_t *source, uint16_t *targ
                                           int32_t srcX, int32_t srcY, int32_t srcW, int32_t srcH);
 
 /* Fixed-ratio 4:2:0 scaling from the corner (srcX, srcY): 2:1, 1:2, 1:4 and
- * 4:3 (4x4 blocks to 3x3). srcW and srcH are accepted and not used. */
+ * 4:3 (4x4 blocks to 3x3). srcW and srcH are accepted and not used. Chroma
+ * gets every size and position halved; a null plane skips that plane alone.
+ *   downby2:    target TW x TH; TW a multiple of 4, source width >= 2*TW,
+ *               2*TH rows read.
+ *   upby2:      writes 2W x 2H (source size), whatever the target says.
+ *   upby4:      target TW x TH, multiples of 8 and >= 16, from the
+ *               TW/4 x TH/4 rectangle at the corner.
+ *   downto3by3: target TW x TH, multiples of 6; source width >= TW*4/3,
+ *               TH*4/3 rows read.
+ * A plane whose sizes are off these forms (or whose corner is negative as a
+ * signed value) is left unwritten. */
 PIXMILL_API void gScaleCroppedFrame_downby2(const Frame *source, Frame *target,
                                             uint32_t srcX, uint32_t srcY, uint32_t srcW, uint32_t srcH);
 PIXMILL_API void gScaleCroppedFrame_upby2(const Frame *source, Frame *target,
