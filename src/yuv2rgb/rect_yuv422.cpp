@@ -1,0 +1,93 @@
+// Planar 4:2:2 rectangle -> RGB565 rectangle with rotation, in two forms:
+//  - gYUV422toRGB16Rotate: BT.709, 32-bit arguments, corner and size made
+//    even, rows top-down, one source row at a time in pixel pairs with the
+//    even-row offsets only;
+//  - gYUV422HPlanartoBGR565TopDown_Rotate: BT.601, 16-bit arguments, corner
+//    used as given, dstW/dstH taken before the turn, rows written bottom-up
+//    in 2x2 blocks like the 4:2:0 form.
+#include "yuv2rgb/rect_walk.h"
+
+namespace pixmill {
+namespace {
+
+// Each source row in pairs; rows are never paired, so every row takes the
+// offsets of an even row.
+struct Rgb16From422 {
+    template <uint32_t code>
+    static PIXMILL_CODE(PIXMILL_SECTION_COLORCON) void worker(const Source &s, const Surface &d, const ClipSize &size)
+    {
+        const Target t = place(TopDown[code], d, size.cw, size.ch);
+        uint16_t *out = t.at;
+        const uint8_t *y = s.y;
+        const uint8_t *u = s.u;
+        const uint8_t *v = s.v;
+        for (int32_t r = 0; r < size.ch; ++r) {
+            convertRow(Coeff709, y, u, v, out, t.col, size.cw);
+            out += t.row;
+            y += s.lumaStride;
+            u += s.chromaStride;
+            v += s.chromaStride;
+        }
+    }
+};
+
+} // namespace
+} // namespace pixmill
+
+extern "C" PIXMILL_API PIXMILL_CODE(PIXMILL_SECTION_COLORCON) int32_t
+    gYUV422toRGB16Rotate(const Frame *frame, uint16_t *destination, int32_t dstW, int32_t dstH, int32_t dstX,
+                         int32_t dstY, int32_t srcX, int32_t srcY, int32_t srcW, int32_t srcH, Rotation rotation)
+{
+    using namespace pixmill;
+    const Frame &f = *frame;
+    if (refused(f, destination, rotation))
+        return -1;
+    if (outsideOrigin(srcX, srcY, dstX, dstY, dstW, dstH))
+        return 0;
+    const int32_t x0 = srcX & ~1;
+    const int32_t y0 = srcY & ~1;
+    ClipSize size = clipRectangle(srcW & ~1, srcH & ~1, f.width, f.height, x0, y0, dstW, dstH, dstX, dstY,
+                                  isQuarterTurn(rotation));
+    // Whole pixel pairs across every row; only ROTATE_NONE drops an odd last row.
+    size.cw &= ~1;
+    if (rotation == ROTATE_NONE)
+        size.ch &= ~1;
+    if (size.cw <= 0 || size.ch <= 0)
+        return 0;
+    const ptrdiff_t cs = chromaStride(f);
+    const ptrdiff_t chroma = y0 * cs + (x0 >> 1);
+    const Source s{f.y + ptrdiff_t(y0) * f.width + x0, f.u + chroma, f.v + chroma, f.width, cs};
+    dispatch<Rgb16From422>(rotation, s, Surface{destination, dstW, dstX, dstY}, size);
+    return 0;
+}
+
+extern "C" PIXMILL_API int32_t gYUV422HPlanartoBGR565TopDown_Rotate(const Frame *frame, uint16_t *destination,
+                                                                    uint32_t srcX, uint32_t srcY, uint16_t srcW,
+                                                                    uint16_t srcH, uint16_t dstX, uint16_t dstY,
+                                                                    uint16_t dstW, uint16_t dstH, Rotation rotation)
+{
+    using namespace pixmill;
+    const Frame &f = *frame;
+    const uint32_t code = rotation & 0xffu;
+    if (refused(f, destination, code))
+        return -1;
+    // A corner beyond the frame is not served.
+    if (srcX > f.width || srcY > f.height)
+        return 0;
+    const int32_t x0 = static_cast<int32_t>(srcX);
+    const int32_t y0 = static_cast<int32_t>(srcY);
+    // dstW and dstH describe the target before the turn: under a quarter turn
+    // the surface is dstH words wide and dstW rows high.
+    const bool quarter = isQuarterTurn(code);
+    const int32_t surfaceW = quarter ? dstH : dstW;
+    const int32_t surfaceH = quarter ? dstW : dstH;
+    const ClipSize size = clipRectangle(srcW, srcH, f.width, f.height, x0, y0, surfaceW, surfaceH, dstX, dstY, quarter);
+    if (size.cw <= 0 || size.ch <= 0)
+        return 0;
+    // Chroma of the corner is half its luma offset, which for an odd width is
+    // not column x0 >> 1 of chroma row y0; rows below follow at the chroma stride.
+    const ptrdiff_t corner = ptrdiff_t(y0) * f.width + x0;
+    const Source s{f.y + corner, f.u + (corner >> 1), f.v + (corner >> 1), f.width, chromaStride(f)};
+    dispatch<BottomUpBlocks<true>>(code, s, Surface{destination, surfaceW, dstX, dstY}, size);
+    return 0;
+}
