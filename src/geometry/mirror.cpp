@@ -1,0 +1,104 @@
+// Left-right, top-bottom and combined flips: of a packed 16-bit image into a
+// second buffer, and of a planar frame in place or into a second frame.
+#include <cstddef>
+#include <cstdint>
+
+#include "frame/platform.h"
+
+namespace pixmill {
+namespace {
+
+// Which axes a mirror mode reverses. Only 1 and 2 are told apart: every
+// other value is a left-right flip.
+struct Flip {
+    bool rows; // top and bottom exchange
+    bool cols; // left and right exchange
+};
+
+constexpr Flip flipOf(uint32_t mode)
+{
+    return {mode == MIRROR_VERTICAL || mode == MIRROR_BOTH, mode != MIRROR_VERTICAL};
+}
+
+// Offset of the partner of column 0 in row r of a pc x pr plane, and the
+// step of the partner per column.
+constexpr ptrdiff_t partnerRow(Flip f, ptrdiff_t r, ptrdiff_t pc, ptrdiff_t pr)
+{
+    return (f.rows ? pr - 1 - r : r) * pc + (f.cols ? pc - 1 : 0);
+}
+constexpr ptrdiff_t partnerStep(Flip f) { return f.cols ? -1 : 1; }
+
+// A plane that is read and the plane that is written; the same in place.
+struct PlanePair {
+    const uint8_t *in;
+    uint8_t *out;
+};
+
+// Visits each position whose partner does not come before it, reads both
+// samples, then stores each at the other's place: in place this exchanges
+// them, into a second plane it writes both. A middle row or column (odd
+// count on a flipped axis) is its own partner line: a middle column keeps its
+// samples, a middle row of a combined flip is reversed, so every sample of
+// the output is written at every size.
+template <size_t N>
+void swapPass(const PlanePair (&planes)[N], ptrdiff_t pc, ptrdiff_t pr, Flip f)
+{
+    const ptrdiff_t rows = f.rows ? (pr + 1) >> 1 : pr;
+    const ptrdiff_t step = partnerStep(f);
+    for (ptrdiff_t r = 0; r < rows; ++r) {
+        const bool ownPartnerRow = !f.rows || 2 * r + 1 == pr;
+        const ptrdiff_t cols = ownPartnerRow && f.cols ? (pc + 1) >> 1 : pc;
+        ptrdiff_t i = r * pc;
+        ptrdiff_t p = partnerRow(f, r, pc, pr);
+        for (ptrdiff_t c = 0; c < cols; ++c, ++i, p += step)
+            for (const PlanePair &plane : planes) {
+                const uint8_t a = plane.in[i];
+                const uint8_t b = plane.in[p];
+                plane.out[i] = b;
+                plane.out[p] = a;
+            }
+    }
+}
+
+} // namespace
+} // namespace pixmill
+
+extern "C" PIXMILL_API int32_t gMirrorImageRGB565(const uint16_t *source, uint16_t *destination,
+                                                  int32_t sourceWidth, int32_t sourceHeight, uint32_t mirrorMode)
+{
+    using namespace pixmill;
+    if (sourceWidth < 0 || sourceHeight < 0)
+        return -1;
+    const Flip f = flipOf(mirrorMode);
+    const ptrdiff_t step = partnerStep(f);
+    for (ptrdiff_t r = 0; r < sourceHeight; ++r) {
+        uint16_t *d = destination + partnerRow(f, r, sourceWidth, sourceHeight);
+        for (ptrdiff_t c = 0; c < sourceWidth; ++c, d += step)
+            *d = *source++;
+    }
+    return 0;
+}
+
+extern "C" PIXMILL_API int32_t gMirrorImageYUV(Frame *source, Frame *destination, int32_t chromaLayout,
+                                               uint32_t mirrorMode, uint8_t toDestination)
+{
+    using namespace pixmill;
+    if (chromaLayout != 0 && chromaLayout != 1)
+        return -1;
+    const Frame *out = source;
+    if (toDestination == 1) {
+        destination->width = source->width;
+        destination->height = source->height;
+        destination->tag = source->tag;
+        out = destination;
+    }
+    const Flip f = flipOf(mirrorMode);
+    const ptrdiff_t w = source->width;
+    const ptrdiff_t h = source->height;
+    const PlanePair luma[1] = {{source->y, out->y}};
+    swapPass(luma, w, h, f);
+    // 4:2:2 chroma is flipped as a plane of all h rows, like 4:2:0 chroma.
+    const PlanePair chroma[2] = {{source->u, out->u}, {source->v, out->v}};
+    swapPass(chroma, w >> 1, chromaLayout == 0 ? h >> 1 : h, f);
+    return 0;
+}
