@@ -179,34 +179,53 @@ PIXMILL_API int32_t gYUV422toYUV420(const Frame *source, Frame *target,
 /* Whole-frame quarter turns from the planes of `source` into those of
  * `destination` (record fields other than the plane pointers are neither
  * read nor set). A code outside 0..3 returns at once, writing nothing.
- * gRotateMonochromeFrame reads only the first field (y) of `destination`. */
+ * gRotateMonochromeFrame reads only the first field (y) of `destination`.
+ * All planes are packed and must not overlap; no pointer is checked.
+ * ROTATE_NONE copies width*height luma bytes and (width*height) >> 2 (4:2:0)
+ * or >> 1 (4:2:2) bytes per chroma plane. The turns need an even width and
+ * height (the 4:2:2 half turn: an even width, any height); other sizes
+ * write nothing. A 4:2:2 quarter turn reads the even chroma rows only and
+ * stores each sample in two adjacent destination rows, so it stays 4:2:2. */
 PIXMILL_API void gRotateFrame(const Frame *source, const Frame *destination, Rotation rotation);
 PIXMILL_API void gRotate422Frame(const Frame *source, const Frame *destination, Rotation rotation);
 PIXMILL_API void gRotateMonochromeFrame(const Frame *source, const Frame *destination, Rotation rotation);
 
-/* Rectangle of a 16-bit surface into a rectangle of another, turned.
- * Returns -1 for a null buffer or a code outside 0..3, else 0. */
+/* Rectangle of a 16-bit surface into a rectangle of another, turned; the
+ * pixels are moved whole. Positions are limited to their surfaces, then the
+ * size is cut from its far end by the source and by the room on the
+ * destination; nothing is made even. Returns -1 for a null buffer or a code
+ * outside 0..3, else 0 (also when nothing is left to write). */
 PIXMILL_API int32_t gRotateRGB16(const uint16_t *source, uint16_t *destination,
                                  int32_t sourceWidth, int32_t sourceHeight,
                                  int32_t srcX, int32_t srcY, int32_t srcW, int32_t srcH,
                                  int32_t dstX, int32_t dstY, int32_t dstW, int32_t dstH,
                                  Rotation rotation);
 
-/* Rectangle of an RGB565 surface into a rectangle of a 24-bit B,G,R surface,
- * turned. Note: height before stride (dstH, dstStride in bytes). */
+/* Rectangle of an RGB565 surface into a rectangle of a 24-bit B,G,R surface
+ * (B at the lowest address), turned. Note: height before stride (dstH,
+ * dstStride in bytes); the surface is dstStride / 3 pixels wide and spare
+ * bytes at the row ends are never written. Each channel's low bits are filled
+ * from a 2x2 pattern tied to the rectangle. Clamps and results as
+ * gRotateRGB16. */
 PIXMILL_API int32_t gRotateRGB16toBGR24(const uint16_t *source, uint8_t *destination,
                                         int32_t sourceWidth, int32_t sourceHeight,
                                         int32_t srcX, int32_t srcY, int32_t srcW, int32_t srcH,
                                         int32_t dstX, int32_t dstY, int32_t dstH, int32_t dstStride,
                                         Rotation rotation);
 
-/* Flip a packed 16-bit image (stride sourceWidth) into a second buffer. */
+/* Flip a packed 16-bit image (stride sourceWidth) into a second buffer that
+ * must not overlap it. mirrorMode: MIRROR_VERTICAL (1) top-bottom,
+ * MIRROR_BOTH (2) both, any other value left-right. Returns -1 (nothing
+ * written) for a negative size, else 0. */
 PIXMILL_API int32_t gMirrorImageRGB565(const uint16_t *source, uint16_t *destination,
                                        int32_t sourceWidth, int32_t sourceHeight, uint32_t mirrorMode);
 
 /* Flip a planar frame in place, or into `destination` when toDestination is
- * 1 (then width, height and tag are copied into it). chromaLayout: 0 = 4:2:0,
- * 1 = 4:2:2, anything else is refused with -1. */
+ * 1 (then width, height and tag are copied into it; otherwise `destination`
+ * is not looked at and may be null). chromaLayout: 0 = 4:2:0, 1 = 4:2:2
+ * (chroma flipped as a plane of height rows), anything else is refused with
+ * -1 before anything is written. Modes as gMirrorImageRGB565. A middle row or
+ * column at odd sizes is flipped too: every sample of the output is written. */
 PIXMILL_API int32_t gMirrorImageYUV(Frame *source, Frame *destination, int32_t chromaLayout,
                                     uint32_t mirrorMode, uint8_t toDestination);
 
