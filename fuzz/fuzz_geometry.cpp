@@ -141,13 +141,7 @@ void mirror(FuzzedDataProvider &in, Random &rng)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    FuzzedDataProvider in(data, size);
-    Random rng(in.ConsumeIntegral<uint32_t>());
-    switch (pick(in, 0, 3)) {
-    case 0: rotateFrame(in, rng); break;
-    case 1: rotateRectangle(in, rng, false); break;
-    case 2: rotateRectangle(in, rng, true); break;
-    default: mirror(in, rng); break;
-    }
-    return 0;
+    return run(data, size,
+               {rotateFrame, [](FuzzedDataProvider &in, Random &rng) { rotateRectangle(in, rng, false); },
+                [](FuzzedDataProvider &in, Random &rng) { rotateRectangle(in, rng, true); }, mirror});
 }

@@ -98,12 +98,5 @@ void fixedRatio(FuzzedDataProvider &in, Random &rng)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    FuzzedDataProvider in(data, size);
-    Random rng(in.ConsumeIntegral<uint32_t>());
-    switch (pick(in, 0, 2)) {
-    case 0: freeRatio(in, rng); break;
-    case 1: rgb565(in, rng); break;
-    default: fixedRatio(in, rng); break;
-    }
-    return 0;
+    return run(data, size, {freeRatio, rgb565, fixedRatio});
 }

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <initializer_list>
 #include <vector>
 
 #include "support/guarded.h"
@@ -110,6 +111,17 @@ struct TargetFrame {
         v.checkUntouched();
     }
 };
+
+// The body of a fuzz target: seeds the buffers' contents from the input and
+// runs the case that the next input byte picks.
+using Case = void (*)(FuzzedDataProvider &, Random &);
+inline int run(const uint8_t *data, size_t size, std::initializer_list<Case> cases)
+{
+    FuzzedDataProvider in(data, size);
+    Random rng(in.ConsumeIntegral<uint32_t>());
+    cases.begin()[pick(in, 0, int32_t(cases.size()) - 1)](in, rng);
+    return 0;
+}
 
 } // namespace fuzz
 

@@ -89,13 +89,5 @@ void from422(FuzzedDataProvider &in, Random &rng)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    FuzzedDataProvider in(data, size);
-    Random rng(in.ConsumeIntegral<uint32_t>());
-    switch (pick(in, 0, 3)) {
-    case 0: fromRgb565(in, rng); break;
-    case 1: fromBgr24(in, rng); break;
-    case 2: fromPacked(in, rng); break;
-    default: from422(in, rng); break;
-    }
-    return 0;
+    return run(data, size, {fromRgb565, fromBgr24, fromPacked, from422});
 }

@@ -10,10 +10,11 @@ namespace {
 
 int32_t min3(int32_t a, int32_t b, int32_t c) { return std::min(a, std::min(b, c)); }
 
-// Whole-image walks: sizes both at least 2, or one of them 0.
+// Whole-image walks, `op` 0: 4:2:0 to R,G,B; 1: 4:2:0 to RGB565; 2: 4:2:2 to
+// B,G,R. Sizes both at least 2, or one of them 0.
 void wholeImage(FuzzedDataProvider &in, Random &rng, int op)
 {
-    const bool yuv422 = op == 3;
+    const bool yuv422 = op == 2;
     const int32_t w = pick(in, 0, 40), h = pick(in, 0, 40);
     SourceFrame src(w, h, size_t(w >> 1) * size_t(yuv422 ? h : h >> 1), rng);
     int32_t sw = pick(in, 0, w), sh = pick(in, 0, h);
@@ -126,14 +127,7 @@ void rectangle(FuzzedDataProvider &in, Random &rng, int op)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    FuzzedDataProvider in(data, size);
-    Random rng(in.ConsumeIntegral<uint32_t>());
-    const int op = pick(in, 0, 7);
-    if (op <= 3 && op != 2)
-        wholeImage(in, rng, op);
-    else if (op == 2)
-        toBgr24(in, rng);
-    else
-        rectangle(in, rng, op);
-    return 0;
+    return run(data, size,
+               {[](FuzzedDataProvider &in, Random &rng) { wholeImage(in, rng, pick(in, 0, 2)); }, toBgr24,
+                [](FuzzedDataProvider &in, Random &rng) { rectangle(in, rng, pick(in, 4, 7)); }});
 }

@@ -11,19 +11,12 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 packages=(cmake make binutils g++-arm-linux-gnueabihf g++-aarch64-linux-gnu g++-mingw-w64-x86-64)
-missing=()
-for p in "${packages[@]}"; do
-  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
-done
-if ((${#missing[@]})); then
-  if [ "$(id -u)" -ne 0 ]; then
-    echo "cross-build: missing packages: ${missing[*]} (run as root to install them)" >&2
-    exit 1
-  fi
-  echo "cross-build: installing ${missing[*]}" >&2
-  export DEBIAN_FRONTEND=noninteractive
-  apt-get update -qq
-  apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+installed=$(dpkg-query -W -f='${db:Status-Abbrev}\n' "${packages[@]}" 2>/dev/null | grep -c '^ii' || true)
+if [ "$installed" -ne "${#packages[@]}" ]; then
+  [ "$(id -u)" -eq 0 ] || { echo "cross-build: run as root to install ${packages[*]}" >&2; exit 1; }
+  echo "cross-build: installing the cross compilers" >&2
+  DEBIAN_FRONTEND=noninteractive apt-get update -qq
+  DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${packages[@]}" >/dev/null
 fi
 
 header=include/pixmill.h
