@@ -60,11 +60,13 @@ void turnPairs(const Frame &src, const Frame &dst)
             ys1 += 2;
             yd += lumaStep;
             if constexpr (C != Chroma::None) {
-                ud[0] = *us++;
-                vd[0] = *vs++;
+                const uint8_t u = *us++;
+                const uint8_t v = *vs++;
+                ud[0] = u;
+                vd[0] = v;
                 if constexpr (C == Chroma::Doubled422) {
-                    ud[chroma.col] = ud[0];
-                    vd[chroma.col] = vd[0];
+                    ud[chroma.col] = u;
+                    vd[chroma.col] = v;
                 }
                 ud += chromaStep;
                 vd += chromaStep;

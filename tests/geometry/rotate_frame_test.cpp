@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "pixmill.h"
@@ -142,16 +143,12 @@ TEST(RotateFrame, MatchesModelOnRandomFrames)
             }
             Plane y = pristine(dst.y), u = pristine(dst.u), v = pristine(dst.v);
             turnPlane(src.y, w, h, code, y);
-            if (op == Op::Yuv420) {
-                turnPlane(src.u, w >> 1, h >> 1, code, u);
-                turnPlane(src.v, w >> 1, h >> 1, code, v);
-            } else if (op == Op::Yuv422 && turn) {
-                turn422Chroma(src.u, w, h, code, u);
-                turn422Chroma(src.v, w, h, code, v);
-            } else if (op == Op::Yuv422) {
-                turnPlane(src.u, w >> 1, h, code, u);
-                turnPlane(src.v, w >> 1, h, code, v);
-            }
+            const int32_t chromaRows = op == Op::Yuv420 ? h >> 1 : h;
+            for (auto [in, out] : {std::pair{&src.u, &u}, {&src.v, &v}})
+                if (op == Op::Yuv422 && turn)
+                    turn422Chroma(*in, w, h, code, *out);
+                else if (op != Op::Luma)
+                    turnPlane(*in, w >> 1, chromaRows, code, *out);
             ASSERT_EQ(dst.y.contents(), y);
             ASSERT_EQ(dst.u.contents(), u);
             ASSERT_EQ(dst.v.contents(), v);
