@@ -28,8 +28,8 @@ FrameCase randomFrameCase(Random &rng, int i, Op op)
 {
     FrameCase k{};
     const bool reduce = i % 3 == 1, enlarge = i % 3 == 2;
-    k.W = rng.range(2, reduce ? 600 : 40);
-    k.H = rng.range(op == Op::Cropped422 ? 1 : 2, reduce ? 80 : 40);
+    k.W = rng.range(2, reduce ? 400 : 40);
+    k.H = rng.range(op == Op::Cropped422 ? 1 : 2, reduce ? 60 : 40);
     k.TW = rng.range(1, enlarge ? 120 : 30);
     k.TH = rng.range(1, enlarge ? 90 : 30);
     if (op == Op::Whole)

@@ -131,6 +131,21 @@ TEST(ScalePlane, UniformPlaneStaysUniform)
     }
 }
 
+// An extent of 1 has a far tap of weight 0, which may lie past the plane's
+// end; the plane here has no guard, so a read there is an overflow.
+TEST(ScalePlane, ExtentOfOneReadsNothingBeyondThePlane)
+{
+    std::vector<uint8_t> src(20);
+    for (size_t i = 0; i < src.size(); ++i)
+        src[i] = uint8_t(7 * i);
+    std::vector<uint8_t> dst(6);
+    gScalePlane(src.data(), dst.data(), 5, 4, 3, 2, 4, 3, 1, 1);
+    EXPECT_EQ(dst, std::vector<uint8_t>(6, src[19]));
+    gScalePlane(src.data(), dst.data(), 5, 4, 3, 2, 3, 3, 5, 1); // two columns of the last row
+    // Columns at 0, 1/3, 2/3 of a sample: px 0, 2, 5 between 126 and 133.
+    EXPECT_EQ(dst, (std::vector<uint8_t>{126, 127, 130, 126, 127, 130}));
+}
+
 TEST(ScalePlane, NullPlanesAndEmptyTargetsWriteNothing)
 {
     Random rng;
