@@ -89,13 +89,24 @@ PIXMILL_INLINE bool refused(const Frame &f, const uint16_t *destination, uint32_
     return destination == nullptr || f.y == nullptr || f.u == nullptr || f.v == nullptr || code > ROTATE_270;
 }
 
-// The 32-bit forms take signed corners and sizes: a corner left of or above
-// the frame or the surface, or a surface of negative size, is served as an
-// empty rectangle, so that nothing outside the surface is written.
-PIXMILL_INLINE bool outsideOrigin(int32_t srcX, int32_t srcY, int32_t dstX, int32_t dstY, int32_t dstW,
-                                  int32_t dstH)
+// The start of the two signed forms: the checks before clipping, and the
+// source corner with its lowest bits cleared. `result` is -1 for a refusal, 0
+// when there is nothing to serve, 1 to go on. A corner left of or above the
+// frame or the surface, or a surface of negative size, is served as an empty
+// rectangle, so that nothing outside the surface is written.
+struct SignedStart {
+    int32_t result;
+    int32_t x0;
+    int32_t y0;
+};
+
+PIXMILL_INLINE SignedStart startSigned(const Frame &f, const uint16_t *destination, uint32_t code, int32_t srcX,
+                                       int32_t srcY, int32_t dstX, int32_t dstY, int32_t dstW, int32_t dstH)
 {
-    return srcX < 0 || srcY < 0 || dstX < 0 || dstY < 0 || dstW < 0 || dstH < 0;
+    if (refused(f, destination, code))
+        return {-1, 0, 0};
+    const bool empty = srcX < 0 || srcY < 0 || dstX < 0 || dstY < 0 || dstW < 0 || dstH < 0;
+    return {empty ? 0 : 1, srcX & ~1, srcY & ~1};
 }
 
 // Calls Op::worker<code>(args...) for a code of 0 to 3, so that no walk ever

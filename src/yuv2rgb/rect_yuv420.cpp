@@ -86,16 +86,13 @@ extern "C" PIXMILL_API int32_t gYUV420toRGB16Rotate(const Frame *frame, uint16_t
 {
     using namespace pixmill;
     const Frame &f = *frame;
-    if (refused(f, destination, rotation))
-        return -1;
-    if (outsideOrigin(srcX, srcY, dstX, dstY, dstW, dstH))
-        return 0;
-    const int32_t x0 = srcX & ~1;
-    const int32_t y0 = srcY & ~1;
-    const ClipSize size = clipRectangle(srcW, srcH, f.width, f.height, x0, y0, dstW, dstH, dstX, dstY,
+    const SignedStart start = startSigned(f, destination, rotation, srcX, srcY, dstX, dstY, dstW, dstH);
+    if (start.result <= 0)
+        return start.result;
+    const ClipSize size = clipRectangle(srcW, srcH, f.width, f.height, start.x0, start.y0, dstW, dstH, dstX, dstY,
                                         isQuarterTurn(rotation));
     if (size.cw <= 0 || size.ch <= 0)
         return 0;
-    dispatch<Rgb16From420>(rotation, source420(f, x0, y0), Surface{destination, dstW, dstX, dstY}, size);
+    dispatch<Rgb16From420>(rotation, source420(f, start.x0, start.y0), Surface{destination, dstW, dstX, dstY}, size);
     return 0;
 }

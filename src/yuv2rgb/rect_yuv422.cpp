@@ -12,24 +12,41 @@ namespace {
 
 // Each source row in pairs; rows are never paired, so every row takes the
 // offsets of an even row.
+template <uint32_t code>
+PIXMILL_INLINE void rowPairs709(const Source &s, const Surface &d, const ClipSize &size)
+{
+    const Target t = place(TopDown[code], d, size.cw, size.ch);
+    uint16_t *out = t.at;
+    const uint8_t *y = s.y;
+    const uint8_t *u = s.u;
+    const uint8_t *v = s.v;
+    for (int32_t r = 0; r < size.ch; ++r) {
+        convertRow(Coeff709, y, u, v, out, t.col, size.cw);
+        out += t.row;
+        y += s.lumaStride;
+        u += s.chromaStride;
+        v += s.chromaStride;
+    }
+}
+
+// The workers live in COLORCON. They are explicit specialisations, not
+// instances of a template, because GCC drops a section given to a template.
 struct Rgb16From422 {
     template <uint32_t code>
-    static PIXMILL_CODE(PIXMILL_SECTION_COLORCON) void worker(const Source &s, const Surface &d, const ClipSize &size)
-    {
-        const Target t = place(TopDown[code], d, size.cw, size.ch);
-        uint16_t *out = t.at;
-        const uint8_t *y = s.y;
-        const uint8_t *u = s.u;
-        const uint8_t *v = s.v;
-        for (int32_t r = 0; r < size.ch; ++r) {
-            convertRow(Coeff709, y, u, v, out, t.col, size.cw);
-            out += t.row;
-            y += s.lumaStride;
-            u += s.chromaStride;
-            v += s.chromaStride;
-        }
-    }
+    static void worker(const Source &s, const Surface &d, const ClipSize &size);
 };
+#define PIXMILL_RGB16_FROM_422(code)                                                                          \
+    template <>                                                                                              \
+    PIXMILL_CODE(PIXMILL_SECTION_COLORCON)                                                                   \
+    void Rgb16From422::worker<code>(const Source &s, const Surface &d, const ClipSize &size)                 \
+    {                                                                                                        \
+        rowPairs709<code>(s, d, size);                                                                       \
+    }
+PIXMILL_RGB16_FROM_422(ROTATE_NONE)
+PIXMILL_RGB16_FROM_422(ROTATE_90)
+PIXMILL_RGB16_FROM_422(ROTATE_180)
+PIXMILL_RGB16_FROM_422(ROTATE_270)
+#undef PIXMILL_RGB16_FROM_422
 
 } // namespace
 } // namespace pixmill
@@ -40,14 +57,12 @@ extern "C" PIXMILL_API PIXMILL_CODE(PIXMILL_SECTION_COLORCON) int32_t
 {
     using namespace pixmill;
     const Frame &f = *frame;
-    if (refused(f, destination, rotation))
-        return -1;
-    if (outsideOrigin(srcX, srcY, dstX, dstY, dstW, dstH))
-        return 0;
-    const int32_t x0 = srcX & ~1;
-    const int32_t y0 = srcY & ~1;
-    ClipSize size = clipRectangle(srcW & ~1, srcH & ~1, f.width, f.height, x0, y0, dstW, dstH, dstX, dstY,
-                                  isQuarterTurn(rotation));
+    const SignedStart start = startSigned(f, destination, rotation, srcX, srcY, dstX, dstY, dstW, dstH);
+    if (start.result <= 0)
+        return start.result;
+    // The requested size is made even like the corner.
+    ClipSize size = clipRectangle(srcW & ~1, srcH & ~1, f.width, f.height, start.x0, start.y0, dstW, dstH, dstX,
+                                  dstY, isQuarterTurn(rotation));
     // Whole pixel pairs across every row; only ROTATE_NONE drops an odd last row.
     size.cw &= ~1;
     if (rotation == ROTATE_NONE)
@@ -55,8 +70,8 @@ extern "C" PIXMILL_API PIXMILL_CODE(PIXMILL_SECTION_COLORCON) int32_t
     if (size.cw <= 0 || size.ch <= 0)
         return 0;
     const ptrdiff_t cs = chromaStride(f);
-    const ptrdiff_t chroma = y0 * cs + (x0 >> 1);
-    const Source s{f.y + ptrdiff_t(y0) * f.width + x0, f.u + chroma, f.v + chroma, f.width, cs};
+    const ptrdiff_t chroma = start.y0 * cs + (start.x0 >> 1);
+    const Source s{f.y + ptrdiff_t(start.y0) * f.width + start.x0, f.u + chroma, f.v + chroma, f.width, cs};
     dispatch<Rgb16From422>(rotation, s, Surface{destination, dstW, dstX, dstY}, size);
     return 0;
 }
@@ -81,7 +96,8 @@ extern "C" PIXMILL_API int32_t gYUV422HPlanartoBGR565TopDown_Rotate(const Frame 
     const bool quarter = isQuarterTurn(code);
     const int32_t surfaceW = quarter ? dstH : dstW;
     const int32_t surfaceH = quarter ? dstW : dstH;
-    const ClipSize size = clipRectangle(srcW, srcH, f.width, f.height, x0, y0, surfaceW, surfaceH, dstX, dstY, quarter);
+    const ClipSize size =
+        clipRectangle(srcW, srcH, f.width, f.height, x0, y0, surfaceW, surfaceH, dstX, dstY, quarter);
     if (size.cw <= 0 || size.ch <= 0)
         return 0;
     // Chroma of the corner is half its luma offset, which for an odd width is
