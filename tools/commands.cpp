@@ -110,6 +110,8 @@ int runTransform(const Options &opt)
         dataError(in.name() + ": holds " + formatInfo(in.fmt()).name + ", not the --format " +
                   formatInfo(opt.format).name);
     const Container hint = outputContainer(opt.output == "-" ? "" : opt.output, opt.container, Fmt::None, in.container());
+    if (opt.to != Fmt::None)
+        checkedOutput(opt.output, hint, opt.to);
     const OpSpec *op = chooseOp(opt, in.fmt(), hint);
     const Plan plan = planFor(op, opt, in.width(), in.height(), in.name());
     const Fmt result = opt.to == Fmt::None ? op->out : opt.to;

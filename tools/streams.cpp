@@ -146,7 +146,7 @@ void Reader::openY4m()
             (tag == 'W' ? w_ : h_) = v;
         } else if (tag == 'C') {
             colour = value;
-        } else if (tag == 'F' || tag == 'A' || tag == 'I' || tag == 'X') {
+        } else if (tag == 'F' || tag == 'A' || tag == 'I') {
             extras_ += " " + t;
         }
     }
@@ -233,9 +233,6 @@ Container outputContainer(const std::string &path, const std::string &forced, Fm
     return Container::Raw;
 }
 
-namespace {
-
-// The output path, once the container is known to hold the format.
 const std::string &checkedOutput(const std::string &path, Container container, Fmt fmt)
 {
     if (container == Container::Y4m && !isPlanarYuv(fmt))
@@ -244,8 +241,6 @@ const std::string &checkedOutput(const std::string &path, Container container, F
         usageError(path + ": PNG output of packed 4:2:2 is not supported; write a raw file");
     return path;
 }
-
-} // namespace
 
 Writer::Writer(const std::string &path, Container container, Fmt fmt, int32_t w, int32_t h,
                std::string y4mExtras)

@@ -36,7 +36,7 @@ public:
     long framesRead() const { return frames_; }
     // Number of frames a regular raw file holds, or -1 when not known ahead.
     long framesKnown() const { return framesKnown_; }
-    // Y4M stream parameters worth carrying over (frame rate, aspect, ...).
+    // Y4M stream parameters carried over: frame rate, interlacing, aspect.
     const std::string &y4mExtras() const { return extras_; }
 
 private:
@@ -61,6 +61,9 @@ private:
 // Picks the container of an output path: by its extension, and for "-" by
 // --container, else Y4M for planar YUV from a Y4M input, else raw.
 Container outputContainer(const std::string &path, const std::string &forced, Fmt fmt, Container input);
+
+// The output path, once the container is known to hold the format.
+const std::string &checkedOutput(const std::string &path, Container container, Fmt fmt);
 
 class Writer {
 public:

@@ -1,0 +1,371 @@
+// End-to-end tests of the pixmill program: it runs as a separate process on
+// generated files in a scratch directory, and its output is compared with
+// direct calls of the library, with itself through other paths, and with
+// what ffmpeg reads back.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "pixmill.h"
+#include "support/random.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using pixmill::test::Random;
+using Bytes = std::string;
+
+struct Result {
+    int code;
+    std::string out, err;
+};
+
+class Cli : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        std::string pattern = (fs::temp_directory_path() / "pixmill-cli-XXXXXX").string();
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        dir_ = pattern;
+    }
+    void TearDown() override { fs::remove_all(dir_); }
+
+    static std::string cli() { return std::string("'") + PIXMILL_CLI + "'"; }
+    std::string path(const std::string &name) const { return (dir_ / name).string(); }
+    bool exists(const std::string &name) const { return fs::exists(dir_ / name); }
+
+    // Runs a shell command line in the scratch directory.
+    Result shell(const std::string &line) const
+    {
+        const std::string cmd = "cd '" + dir_.string() + "' && ( " + line + " ) >.out 2>.err";
+        const int status = std::system(cmd.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read(".out"), read(".err")};
+    }
+    // Runs the program with these arguments.
+    Result run(const std::string &args) const { return shell(cli() + " " + args); }
+
+    void write(const std::string &name, const Bytes &bytes) const
+    {
+        std::ofstream(path(name), std::ios::binary) << bytes;
+    }
+    Bytes read(const std::string &name) const
+    {
+        std::ifstream in(path(name), std::ios::binary);
+        std::ostringstream bytes;
+        bytes << in.rdbuf();
+        return bytes.str();
+    }
+
+    fs::path dir_;
+};
+
+Bytes randomBytes(Random &rnd, size_t n)
+{
+    Bytes b(n, '\0');
+    for (char &c : b)
+        c = static_cast<char>(rnd.byte());
+    return b;
+}
+
+// A Y4M stream of random frames; chroma rows per frame follow the tag.
+Bytes y4m(Random &rnd, int w, int h, const std::string &colour, int frames)
+{
+    const size_t luma = static_cast<size_t>(w) * static_cast<size_t>(h);
+    const size_t chroma = colour == "mono" ? 0 : colour == "422" ? luma / 2 : luma / 4;
+    Bytes s = "YUV4MPEG2 W" + std::to_string(w) + " H" + std::to_string(h) + " F30:1 Ip A1:1 C" + colour + "\n";
+    for (int i = 0; i < frames; ++i)
+        s += "FRAME\n" + randomBytes(rnd, luma + 2 * chroma);
+    return s;
+}
+
+// Frame i (0-based) of a Y4M stream with plain FRAME headers.
+Bytes y4mFrame(const Bytes &stream, size_t frameBytes, size_t i)
+{
+    const size_t start = stream.find('\n') + 1 + i * (6 + frameBytes) + 6;
+    return stream.substr(start, frameBytes);
+}
+
+// A Frame over the planes of one frame held in a byte string.
+Frame frameOver(Bytes &bytes, int w, int h, bool is422)
+{
+    auto *y = reinterpret_cast<uint8_t *>(bytes.data());
+    const size_t luma = static_cast<size_t>(w) * static_cast<size_t>(h), chroma = is422 ? luma / 2 : luma / 4;
+    return Frame{y, y + luma, y + luma + chroma, static_cast<uint16_t>(w), static_cast<uint16_t>(h), 0};
+}
+
+template <typename T>
+Bytes bytesOf(const std::vector<T> &v)
+{
+    return Bytes(reinterpret_cast<const char *>(v.data()), v.size() * sizeof(T));
+}
+
+// ---- Round trips and multi-frame streams -----------------------------------
+
+TEST_F(Cli, LosslessRoundTripsKeepEveryFrame)
+{
+    Random rnd;
+    const Bytes in = y4m(rnd, 48, 32, "420jpeg", 5);
+    write("in.y4m", in);
+    // A quarter turn there and back, in parallel, and a double flip.
+    ASSERT_EQ(run("rotate in.y4m r.y4m --rotate 90 --threads 3").code, 0);
+    EXPECT_NE(read("r.y4m").find("W32 H48 F30:1"), std::string::npos);
+    ASSERT_EQ(run("rotate r.y4m back.y4m --rotate 270 --threads 2 --quiet").code, 0);
+    EXPECT_EQ(read("back.y4m"), in);
+    ASSERT_EQ(run("mirror in.y4m m.y4m --mirror vertical").code, 0);
+    ASSERT_EQ(run("mirror m.y4m mm.y4m --mirror vertical --in-place").code, 0);
+    EXPECT_EQ(read("mm.y4m"), in);
+    EXPECT_EQ(run("info back.y4m").out, "back.y4m: y4m, yuv420p, 48x32, 5 frames, 2304 bytes a frame\n");
+    // --frames stops early; raw output of the same frames is the frame data.
+    ASSERT_EQ(run("rotate in.y4m two.yuv --rotate 0 --frames 2").code, 0);
+    EXPECT_EQ(read("two.yuv"), y4mFrame(in, 2304, 0) + y4mFrame(in, 2304, 1));
+}
+
+TEST_F(Cli, PackedAndPlanarPathsAgree)
+{
+    Random rnd;
+    write("in.yuyv", randomBytes(rnd, 2 * 24 * 16 * 3));
+    const std::string raw = " --format yuyv --size 24x16";
+    // YUY2toYUV420 and gY1UY2VToYV12 give the same planes; gY1UY2VToYUV420
+    // puts V in the u plane and so writes a yv12 file, which --to undoes.
+    ASSERT_EQ(run("convert in.yuyv a.yuv --op YUY2toYUV420" + raw).code, 0);
+    ASSERT_EQ(run("convert in.yuyv b.yuv --op gY1UY2VToYV12" + raw).code, 0);
+    ASSERT_EQ(run("convert in.yuyv c.yuv --op gY1UY2VToYUV420 --to yuv420p" + raw).code, 0);
+    ASSERT_EQ(run("convert in.yuyv d.yuv --op gY1UY2VToYUV420" + raw).code, 0);
+    EXPECT_EQ(read("a.yuv").size(), 24u * 16 * 3 / 2 * 3);
+    EXPECT_EQ(read("a.yuv"), read("b.yuv"));
+    EXPECT_EQ(read("a.yuv"), read("c.yuv"));
+    EXPECT_NE(read("a.yuv"), read("d.yuv"));
+    // The same pixels as uyvy give the same planes.
+    Bytes uyvy = read("in.yuyv");
+    for (size_t i = 0; i < uyvy.size(); i += 2)
+        std::swap(uyvy[i], uyvy[i + 1]);
+    write("in.uyvy", uyvy);
+    ASSERT_EQ(run("convert in.uyvy e.yuv --to yuv420p --format uyvy --size 24x16").code, 0);
+    EXPECT_EQ(read("a.yuv"), read("e.yuv"));
+}
+
+TEST_F(Cli, PngWrittenAndReadBackMatchesRawRgb)
+{
+    Random rnd;
+    write("in.y4m", y4m(rnd, 32, 24, "420jpeg", 1));
+    ASSERT_EQ(run("convert in.y4m a.png").code, 0);
+    ASSERT_EQ(run("convert in.y4m a.rgb --to rgb24").code, 0);
+    // Both RGB images go into 4:2:0 through the same operation.
+    ASSERT_EQ(run("convert a.png p.yuv --to yuv420p").code, 0);
+    ASSERT_EQ(run("convert a.rgb r.yuv --to yuv420p --format rgb24 --size 32x24").code, 0);
+    EXPECT_EQ(read("p.yuv"), read("r.yuv"));
+    EXPECT_EQ(run("info a.png").out, "a.png: png, rgb24, 32x24, 1 frame, 2304 bytes a frame\n");
+}
+
+TEST_F(Cli, StandardInputAndOutputMatchFiles)
+{
+    Random rnd;
+    write("in.y4m", y4m(rnd, 40, 30, "422", 3));
+    ASSERT_EQ(run("scale in.y4m file.y4m --size 20x14").code, 0);
+    ASSERT_EQ(shell("cat in.y4m | " + cli() + " scale - - --size 20x14 > pipe.y4m").code, 0);
+    EXPECT_EQ(read("pipe.y4m"), read("file.y4m"));
+    EXPECT_NE(read("pipe.y4m").find(" C422\n"), std::string::npos);
+    // Raw frames from a pipe, raw out when forced.
+    write("in.gray", randomBytes(rnd, 16 * 8 * 2));
+    ASSERT_EQ(shell("cat in.gray | " + cli() + " rotate - - --rotate 180 --format gray --size 16x8 > a.gray").code, 0);
+    ASSERT_EQ(run("rotate in.gray b.y4m --rotate 180 --format gray --size 16x8").code, 0);
+    EXPECT_EQ(read("b.y4m").substr(0, 30), "YUV4MPEG2 W16 H8 F25:1 Cmono\nF");
+    const Bytes a = read("a.gray");
+    ASSERT_EQ(a.size(), 256u);
+    EXPECT_EQ(Bytes(a.rbegin() + 128, a.rend()), read("in.gray").substr(0, 128));
+}
+
+// ---- The program's calls are the library's calls ---------------------------
+
+TEST_F(Cli, OperationsReceiveTheirArgumentsInTheirOwnOrder)
+{
+    Random rnd;
+    const Bytes s420 = y4m(rnd, 40, 30, "420jpeg", 1), s422 = y4m(rnd, 40, 30, "422", 1);
+    write("a.y4m", s420);
+    write("b.y4m", s422);
+    Bytes f420 = y4mFrame(s420, 1800, 0), f422 = y4mFrame(s422, 2400, 0);
+    const Frame a = frameOver(f420, 40, 30, false), b = frameOver(f422, 40, 30, true);
+
+    // The 4:2:2 bottom-up conversion takes the canvas's size before the turn.
+    ASSERT_EQ(run("rotate b.y4m o1.raw --to rgb565 --matrix 601 --rect 10x8+3+1 --rotate 90 --canvas 12x14 --at 2,3")
+                  .code,
+              0);
+    std::vector<uint16_t> s1(12 * 14, 0);
+    ASSERT_EQ(gYUV422HPlanartoBGR565TopDown_Rotate(&b, s1.data(), 3, 1, 10, 8, 2, 3, 14, 12, 1), 0);
+    EXPECT_EQ(read("o1.raw"), bytesOf(s1));
+
+    // BT.709 rectangle, default canvas just large enough for the turned rectangle.
+    ASSERT_EQ(run("rotate a.y4m o2.raw --to rgb565 --matrix 709 --rect 9x7+5+3 --rotate 270 --at 1,2").code, 0);
+    std::vector<uint16_t> s2(8 * 11, 0);
+    ASSERT_EQ(gYUV420toRGB16Rotate(&a, s2.data(), 8, 11, 1, 2, 5, 3, 9, 7, 3), 0);
+    EXPECT_EQ(read("o2.raw"), bytesOf(s2));
+
+    // RGB565 rectangle onto a B,G,R canvas: height, then a stride in bytes.
+    const Bytes rgb = randomBytes(rnd, 20 * 10 * 2);
+    write("c.rgb565", rgb);
+    ASSERT_EQ(run("rotate c.rgb565 o3.raw --format rgb565 --size 20x10 --to bgr24 --rect 8x6+2+2 --rotate 270 "
+                  "--at 1,1")
+                  .code,
+              0);
+    std::vector<uint8_t> s3(7 * 9 * 3, 0);
+    ASSERT_EQ(gRotateRGB16toBGR24(reinterpret_cast<const uint16_t *>(rgb.data()), s3.data(), 20, 10, 2, 2, 8, 6, 1, 1,
+                                  9, 21, 3),
+              0);
+    EXPECT_EQ(read("o3.raw"), bytesOf(s3));
+
+    // 4:2:2 crop and scale into 4:2:0, and the 709 whole-frame conversion.
+    ASSERT_EQ(run("scale b.y4m o4.yuv --to yuv420p --rect 30x20+4+2 --size 16x12").code, 0);
+    std::vector<uint8_t> s4(16 * 12 * 3 / 2);
+    Frame t{s4.data(), s4.data() + 192, s4.data() + 240, 16, 12, 0};
+    gYUV422toYUV420(&b, &t, 4, 2, 30, 20);
+    EXPECT_EQ(read("o4.yuv"), bytesOf(s4));
+    ASSERT_EQ(run("convert a.y4m o5.bgr --matrix 709").code, 0);
+    std::vector<uint8_t> s5(40 * 30 * 3);
+    ASSERT_EQ(gYUV420toBGR24(&a, s5.data(), 120), 0);
+    EXPECT_EQ(read("o5.bgr"), bytesOf(s5));
+}
+
+TEST_F(Cli, EveryExportIsReachableAndTheGalleryShowsThem)
+{
+    std::ostringstream header;
+    header << std::ifstream(PIXMILL_HEADER).rdbuf();
+    const std::string text = header.str();
+    const std::regex decl(R"(PIXMILL_API\s+\w+\s+(\w+)\s*\()");
+    std::set<std::string> exported;
+    for (std::sregex_iterator i(text.begin(), text.end(), decl), end; i != end; ++i)
+        exported.insert((*i)[1]);
+    ASSERT_EQ(exported.size(), 32u);
+    const Result ops = run("ops");
+    ASSERT_EQ(ops.code, 0);
+    for (const std::string &name : exported)
+        EXPECT_NE(ops.out.find("\n" + name + " "), std::string::npos) << name;
+    const Result gallery = run("gallery g");
+    ASSERT_EQ(gallery.code, 0) << gallery.err;
+    const Bytes index = read("g/index.html");
+    for (const std::string &name : exported)
+        EXPECT_NE(index.find("<code>" + name + "</code>"), std::string::npos) << name;
+    size_t pngs = 0;
+    for (const auto &entry : fs::directory_iterator(dir_ / "g"))
+        pngs += entry.path().extension() == ".png";
+    EXPECT_EQ(pngs, 33u);
+    ASSERT_EQ(run("demo .").code, 0);
+    EXPECT_TRUE(exists("pixmill-demo.png"));
+}
+
+// ---- Refusals: a named rule, the right exit code, no output file -----------
+
+TEST_F(Cli, BadInputIsRefusedAndLeavesNoOutput)
+{
+    Random rnd;
+    const Bytes good = y4m(rnd, 32, 24, "420jpeg", 2);
+    write("good.y4m", good);
+    write("good422.y4m", y4m(rnd, 32, 24, "422", 1));
+    write("odd.y4m", "YUV4MPEG2 W31 H24 C420jpeg\nFRAME\n" + Bytes(31 * 24 * 2, 'x'));
+    write("cut.y4m", good.substr(0, good.size() - 100));
+    write("huge.y4m", "YUV4MPEG2 W" + Bytes(100000, '9') + "\n");
+    write("big.y4m", "YUV4MPEG2 W99999 H99999 C420jpeg\nFRAME\n");
+    write("c444.y4m", "YUV4MPEG2 W16 H16 C444\n");
+    write("noframe.y4m", "YUV4MPEG2 W16 H16\nFRAMX\n");
+    write("empty.yuv", "");
+    write("short.yuv", randomBytes(rnd, 100));
+    write("img.rgb565", randomBytes(rnd, 20 * 10 * 2));
+    struct Case {
+        const char *args;
+        int code;
+        const char *message;
+    };
+    const Case cases[] = {
+        {"convert odd.y4m out.png", 1, "odd.y4m: width 31 is odd"},
+        {"rotate cut.y4m out.y4m --rotate 90", 1, "frame 2 is cut short"},
+        {"info huge.y4m", 1, "longer than 4096 bytes"},
+        {"convert big.y4m out.png", 1, "not a number from 1 to 65535"},
+        {"convert c444.y4m out.png", 1, "C444 is not supported"},
+        {"rotate noframe.y4m out.y4m --rotate 90", 1, "frame 1 does not start with FRAME"},
+        {"convert empty.yuv out.png --format yuv420p --size 16x16", 1, "empty.yuv: file is empty"},
+        {"convert short.yuv out.png --format yuv420p --size 16x16", 1, "not a whole number of 16x16"},
+        {"convert short.yuv out.png", 2, "raw input needs --format"},
+        {"scale good.y4m out.y4m --size 17x12", 1, "gScaleFrame: target width 17 is odd"},
+        {"scale good.y4m out.y4m --size 16x12 --rect 8x8+40+0", 1, "not inside the 32x24 frame"},
+        {"scale good.y4m out.y4m --ratio 2:1 --size 10x8", 1, "target width 10 is not a multiple of 4"},
+        {"scale good.y4m out.y4m --ratio 1:2 --rect 8x8+2+2", 1, "plane would be read to offset"},
+        {"scale good.y4m out.y4m --ratio 4:3 --size 18x12", 1, "source width 32 is not 4/3 of the target width 18"},
+        {"scale good.y4m out.y4m --ratio 1:4 --size 32x32 --rect 8x8+28+0", 1, "is not inside the 32x24 frame"},
+        {"scale good422.y4m out.y4m --to yuv420p --size 2x2", 1, "gYUV422toYUV420: target width 2 is below 4"},
+        {"scale img.rgb565 out.raw --in-size 20x10 --format rgb565 --size 1x5", 1, "target width 1 is below 2"},
+        {"convert img.rgb565 out.yuv --format rgb565 --size 20x10 --op gEmRGB565toYUV420 --canvas 16x16", 1,
+         "image width 20 exceeds the frame width"},
+        {"rotate img.rgb565 out.raw --format rgb565 --size 20x10 --rotate 90 --rect 4x4+25+0", 1, "not inside"},
+        {"rotate good.y4m out.raw --to rgb565 --rect 8x8+34+0 --rotate 90", 1, "rectangle x 34 lies beyond"},
+        {"rotate good.y4m out.raw --to rgb565 --rect 8x8+0+0 --canvas 20x20 --at 19,0", 1,
+         "leaves no 2x2 block"},
+        {"rotate good.y4m out.y4m --rotate 45", 2, "expected 0, 90, 180 or 270"},
+        {"rotate good.y4m out.y4m --rotate 90 --size", 2, "--size needs a value"},
+        {"convert good.y4m out.y4m --op gScaleFrame --rect 8x8", 2, "--rect does not apply to gScaleFrame"},
+        {"convert good.y4m out.y4m --op gRotateRGB16", 2, "gRotateRGB16 does not take yuv420p"},
+        {"convert good.y4m out.y4m --to rgb24", 2, "Y4M holds planar YUV only"},
+        {"convert good.y4m out.png", 1, "PNG holds one frame"},
+        {"frobnicate good.y4m out.y4m", 2, "unknown command"},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.args);
+        const Result r = run(c.args);
+        EXPECT_EQ(r.code, c.code);
+        EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
+        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
+        for (const char *name : {"out.png", "out.y4m", "out.raw", "out.yuv"}) {
+            EXPECT_FALSE(exists(name)) << name;
+            fs::remove(dir_ / name);
+        }
+        for (const auto &entry : fs::directory_iterator(dir_))
+            EXPECT_EQ(entry.path().filename().string().find(".pixmill-"), std::string::npos);
+    }
+    // An existing output survives a failed run whole.
+    write("keep.y4m", "precious");
+    EXPECT_EQ(run("rotate cut.y4m keep.y4m --rotate 90").code, 1);
+    EXPECT_EQ(read("keep.y4m"), "precious");
+}
+
+// ---- Next to ffmpeg ---------------------------------------------------------
+
+#ifdef PIXMILL_FFMPEG
+TEST_F(Cli, FfmpegTestsrcThroughPixmillReadsBack)
+{
+    const std::string ff = std::string("'") + PIXMILL_FFMPEG + "' -v error -f lavfi -i testsrc=size=176x144:rate=25 "
+                                                               "-frames:v 4 -f yuv4mpegpipe ";
+    const std::string probe = std::string(" | '") + PIXMILL_FFPROBE +
+                              "' -v error -count_frames -show_entries stream=width,height,pix_fmt,nb_read_frames "
+                              "-of csv=p=0 -";
+    struct Case {
+        const char *pixFmt, *pixmill, *expect;
+    };
+    const Case cases[] = {
+        {"yuv420p", "scale - - --size 88x72", "88,72,yuv420p,4"},
+        {"yuv420p", "rotate - - --rotate 90 --threads 2", "144,176,yuv420p,4"},
+        {"yuv420p", "scale - - --ratio 4:3", "132,108,yuv420p,4"},
+        {"yuv422p", "scale - - --to yuv420p --size 64x48", "64,48,yuv420p,4"},
+        {"yuv422p", "mirror - - --mirror both", "176,144,yuv422p,4"},
+        {"gray", "rotate - - --rotate 270", "144,176,gray,4"},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.pixmill);
+        const Result r = shell(ff + "-pix_fmt " + c.pixFmt + " - | " + cli() + " " + c.pixmill + probe);
+        EXPECT_EQ(r.code, 0) << r.err;
+        EXPECT_EQ(r.out, std::string(c.expect) + "\n") << r.err;
+    }
+    // RGB out of pixmill, read by ffmpeg as raw video.
+    const Result r = shell(ff + "-pix_fmt yuv420p - | " + cli() + " convert - t.rgb --to rgb24 && '" +
+                           PIXMILL_FFMPEG + "' -v error -f rawvideo -pix_fmt rgb24 -s 176x144 -i t.rgb -f null - " +
+                           "-stats 2>&1 | grep -o 'frame= *4'");
+    EXPECT_EQ(r.code, 0) << r.err;
+}
+#endif
+
+} // namespace
