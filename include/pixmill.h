@@ -114,13 +114,16 @@ PIXMILL_API int32_t gYUV420toBGR565TopDown_Rotate(const Frame *frame, uint16_t *
                                                   uint16_t dstX, uint16_t dstY, uint16_t dstW, uint16_t dstH,
                                                   Rotation rotation);
 
-/* 4:2:0, BT.709. Note the argument order: surface first, then source. */
+/* 4:2:0, BT.709. Note the argument order: surface first, then source. The
+ * corner's lowest bits are cleared; rows are written top-down and odd sizes
+ * are converted in full. Negative corners or surface sizes write nothing. */
 PIXMILL_API int32_t gYUV420toRGB16Rotate(const Frame *frame, uint16_t *destination,
                                          int32_t dstW, int32_t dstH, int32_t dstX, int32_t dstY,
                                          int32_t srcX, int32_t srcY, int32_t srcW, int32_t srcH,
                                          Rotation rotation);
 
-/* 4:2:2 planar, BT.709, dither of the even-row entries only. */
+/* 4:2:2 planar, BT.709, dither of the even-row entries only. Corner and size
+ * made even, rows top-down. Negative corners or surface sizes write nothing. */
 PIXMILL_API int32_t gYUV422toRGB16Rotate(const Frame *frame, uint16_t *destination,
                                          int32_t dstW, int32_t dstH, int32_t dstX, int32_t dstY,
                                          int32_t srcX, int32_t srcY, int32_t srcW, int32_t srcH,
