@@ -14,8 +14,29 @@ namespace pixmill {
 // Positions: signed 32-bit, 18 fraction bits. Bits 17..15 are the phase in
 // eighths of a tap distance; the bits below only ride along in running sums.
 constexpr int32_t kPositionBits = 18;
+// Extents and spans below this fit a position once shifted up.
+constexpr int32_t kPositionLimit = 1 << (31 - kPositionBits);
 PIXMILL_INLINE constexpr int32_t positionIndex(int32_t p) { return p >> kPositionBits; }
 PIXMILL_INLINE constexpr int32_t positionPhase(int32_t p) { return (p >> 15) & 7; }
+
+// A source rectangle in samples of one plane.
+struct SourceRect {
+    int32_t x, y, w, h;
+};
+
+// Cuts a rectangle that sticks out right or below to the plane; the corner
+// does not move. False when nothing sound can be made of it: a corner
+// outside the plane or a size under 1.
+PIXMILL_INLINE constexpr bool limitToPlane(SourceRect &r, int32_t width, int32_t height)
+{
+    if (r.x < 0 || r.y < 0 || r.x >= width || r.y >= height || r.w < 1 || r.h < 1)
+        return false;
+    if (r.x + r.w > width)
+        r.w = width - r.x;
+    if (r.y + r.h > height)
+        r.h = height - r.y;
+    return true;
+}
 
 // Of the `count` positions start, start + step, start + 2 * step, ..., the
 // first whose index reaches `index`, or count if none does. A set-up walk

@@ -35,22 +35,18 @@ void gScalePlane(const uint8_t *source, uint8_t *target, int32_t sourceWidth, in
 {
     if (!source || !target)
         return;
-    // Nothing sound can be made of a corner outside the plane, an empty
-    // rectangle or an empty target.
-    if (srcX < 0 || srcY < 0 || srcX >= sourceWidth || srcY >= sourceHeight || srcW < 1 || srcH < 1 || dstW < 1 ||
-        dstH < 1)
+    SourceRect r{srcX, srcY, srcW, srcH};
+    if (!limitToPlane(r, sourceWidth, sourceHeight) || dstW < 1 || dstH < 1)
         return;
-    if (srcX + srcW > sourceWidth)
-        srcW = sourceWidth - srcX;
-    if (srcY + srcH > sourceHeight)
-        srcH = sourceHeight - srcY;
-
-    const int32_t shiftX = DecimationShift[min32(srcW / dstW, kMaxDecimationRatio)];
-    const int32_t shiftY = DecimationShift[min32(srcH / dstH, kMaxDecimationRatio)];
-    const int32_t spanX = (srcW - 1) >> shiftX;
-    const int32_t spanY = (srcH - 1) >> shiftY;
-    constexpr int32_t kMaxSpan = 1 << (31 - kPositionBits);
-    if (spanX >= kMaxSpan || spanY >= kMaxSpan)
+    // The reduction ratio of an axis picks its tap distance; its span counts
+    // the gaps between the first and the last lattice point; the step divides
+    // the span by the target extent, so the last sample stops short of the
+    // last lattice point.
+    const int32_t shiftX = DecimationShift[min32(r.w / dstW, kMaxDecimationRatio)];
+    const int32_t shiftY = DecimationShift[min32(r.h / dstH, kMaxDecimationRatio)];
+    const int32_t spanX = (r.w - 1) >> shiftX;
+    const int32_t spanY = (r.h - 1) >> shiftY;
+    if (spanX >= kPositionLimit || spanY >= kPositionLimit)
         return;
     const int32_t stepX = (spanX << kPositionBits) / dstW;
     const int32_t stepY = (spanY << kPositionBits) / dstH;
@@ -60,7 +56,7 @@ void gScalePlane(const uint8_t *source, uint8_t *target, int32_t sourceWidth, in
     const int32_t dx = spanX ? 1 << shiftX : 0;
     const ptrdiff_t stride = sourceWidth;
     const ptrdiff_t dy = spanY ? stride << shiftY : 0;
-    const uint8_t *corner = source + srcY * stride + srcX;
+    const uint8_t *corner = source + r.y * stride + r.x;
     const bool spread = dx != 1;
 
     int32_t posY = 0;

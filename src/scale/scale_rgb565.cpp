@@ -45,32 +45,25 @@ void gScalePlaneRGB565(const uint16_t *source, uint16_t *target, int32_t sourceW
 {
     if (!source || !target)
         return;
-    // Outside what the scaler serves: a corner outside the image, a rectangle
-    // under one column or two rows, a target under 2 x 2, an extent whose
-    // position does not fit.
-    if (srcX < 0 || srcY < 0 || srcX >= sourceWidth || srcY >= sourceHeight || srcW < 1 || srcH < 1 || dstW < 2 ||
-        dstH < 2)
+    // Served: a rectangle of at least one column and two rows inside the
+    // image, a target of at least 2 x 2, extents whose positions fit.
+    SourceRect r{srcX, srcY, srcW, srcH};
+    if (!limitToPlane(r, sourceWidth, sourceHeight) || r.h < 2 || r.w >= kPositionLimit || r.h >= kPositionLimit ||
+        dstW < 2 || dstH < 2)
         return;
-    if (srcX + srcW > sourceWidth)
-        srcW = sourceWidth - srcX;
-    if (srcY + srcH > sourceHeight)
-        srcH = sourceHeight - srcY;
-    constexpr int32_t kMaxExtent = 1 << (31 - kPositionBits);
-    if (srcH < 2 || srcW >= kMaxExtent || srcH >= kMaxExtent)
-        return;
-    const int32_t stepX = (srcW << kPositionBits) / dstW;
-    const int32_t stepY = (srcH << kPositionBits) / dstH;
+    const int32_t stepX = (r.w << kPositionBits) / dstW;
+    const int32_t stepY = (r.h << kPositionBits) / dstH;
 
     const ptrdiff_t stride = sourceWidth;
-    const uint16_t *corner = source + srcY * stride + srcX;
+    const uint16_t *corner = source + r.y * stride + r.x;
 
     // The right taps are never limited: at col = srcW - 1 they are the pixels
     // that follow in memory. When the rectangle touches the image's right and
     // bottom edges, the lower one of those is past the image's end; there the
     // lower left tap (the image's last pixel) stands in for it. Columns from
     // edgeFrom on have col = srcW - 1.
-    const bool cornerAtEnd = srcX + srcW == sourceWidth && srcY + srcH == sourceHeight;
-    const int32_t edgeFrom = firstReaching(1, stepX, dstW - 1, srcW - 1);
+    const bool cornerAtEnd = r.x + r.w == sourceWidth && r.y + r.h == sourceHeight;
+    const int32_t edgeFrom = firstReaching(1, stepX, dstW - 1, r.w - 1);
 
     // Position 1 has index 0 and phase 0, the same as the first row's and
     // first column's position 0; and with srcH >= 2 row 0 is never lowered.
@@ -78,12 +71,12 @@ void gScalePlaneRGB565(const uint16_t *source, uint16_t *target, int32_t sourceW
     int32_t posY = 1;
     for (int32_t j = 0; j < dstH - 1; ++j, posY += stepY, out += dstW) {
         int32_t row = positionIndex(posY);
-        if (row == srcH - 1)
+        if (row == r.h - 1)
             --row; // keeps the lower taps inside the rectangle
         const uint16_t *upper = corner + row * stride;
         const uint16_t *lower = upper + stride;
         const WeightRow<uint8_t> w = weightRow(BilinearWeights, positionPhase(posY));
-        const int32_t split = cornerAtEnd && row == srcH - 2 ? edgeFrom : dstW - 1;
+        const int32_t split = cornerAtEnd && row == r.h - 2 ? edgeFrom : dstW - 1;
         const int32_t posX = scaleColumns(upper, lower, out, 0, split, 1, stepX, 1, w);
         scaleColumns(upper, lower, out, split, dstW - 1, posX, stepX, 0, w);
         out[dstW - 1] = out[dstW - 2];

@@ -65,17 +65,16 @@ extern "C" PIXMILL_API int32_t gYUV422toYUV420(const Frame *source, Frame *targe
     const Frame &t = *target;
     const int32_t W = s.width, H = s.height, TW = t.width, TH = t.height;
     // Served: an even source width, at least two source rows, a corner inside
-    // the frame and an even target of at least 4 x 4. Anything else is left
-    // alone.
-    if ((W & 1) || H < 2 || srcX >= uint32_t(W) || srcY >= uint32_t(H) || TW < 4 || TH < 4 || ((TW | TH) & 1))
+    // the frame (a corner of 2^31 or more reads as negative and is refused),
+    // extents whose positions fit, and an even target of at least 4 x 4.
+    // Anything else is left alone.
+    SourceRect r{static_cast<int32_t>(srcX), static_cast<int32_t>(srcY), srcW, srcH};
+    if ((W & 1) || H < 2 || !limitToPlane(r, W, H) || r.w >= kPositionLimit || r.h >= kPositionLimit ||
+        TW < 4 || TH < 4 || ((TW | TH) & 1))
         return 0;
-    const int32_t x0 = static_cast<int32_t>(srcX), y0 = static_cast<int32_t>(srcY);
-    const int32_t w = min32(srcW, W - x0), h = min32(srcH, H - y0);
-    constexpr int32_t kMaxExtent = 1 << (31 - kPositionBits);
-    if (w < 1 || h < 1 || w >= kMaxExtent || h >= kMaxExtent)
-        return 0;
-    const int32_t stepX = (w << kPositionBits) / TW;
-    const int32_t stepY = (h << kPositionBits) / TH;
+    const int32_t x0 = r.x, y0 = r.y;
+    const int32_t stepX = (r.w << kPositionBits) / TW;
+    const int32_t stepY = (r.h << kPositionBits) / TH;
 
     const ptrdiff_t cs = chromaStride(s);
     const ptrdiff_t chromaCorner = y0 * cs + (x0 >> 1);
