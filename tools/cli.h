@@ -108,6 +108,20 @@ struct Plan {
     int32_t tw = 0, th = 0;               // target surface or frame size
     uint32_t code = 0;                    // rotation code or mirror mode
     int32_t flag = 0;                     // topDown, chroma layout, ...
+
+    void source(const Rect &r)
+    {
+        x = r.x;
+        y = r.y;
+        w = r.w;
+        h = r.h;
+    }
+    // A target of its own size: the output is the target surface or frame.
+    void target(int32_t width, int32_t height)
+    {
+        tw = outW = width;
+        th = outH = height;
+    }
 };
 
 // Options an operation reads, so that any other given option is refused.

@@ -60,10 +60,7 @@ void planRgb16Turn(Plan &p, int32_t w, int32_t h, const Options &opt, const std:
     const Checker check(file, p.op->name);
     const Rect r = sourceRect(opt, w, h);
     p.code = codeOf(opt);
-    p.x = r.x;
-    p.y = r.y;
-    p.w = r.w;
-    p.h = r.h;
+    p.source(r);
     p.dx = opt.at.x;
     p.dy = opt.at.y;
     check.require(r.x < w && r.y < h, "rectangle corner " + std::to_string(r.x) + "," + std::to_string(r.y) +
@@ -77,8 +74,7 @@ void planRgb16Turn(Plan &p, int32_t w, int32_t h, const Options &opt, const std:
     int32_t lw = 0, lh = 0;
     clampRect(p, w, h, p.tw, lw, lh);
     check.require(lw > 0 && lh > 0, "the rectangle is empty once limited by image and canvas");
-    p.outW = p.tw;
-    p.outH = p.th;
+    p.target(p.tw, p.th);
 }
 
 void runRgb16Turn(const Plan &p, Picture &in, Picture &out)

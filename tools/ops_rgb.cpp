@@ -114,10 +114,7 @@ void planRect565(Plan &p, int32_t w, int32_t h, const Options &opt, const std::s
         check.fits16(r.w, "rectangle width");
         check.fits16(r.h, "rectangle height");
     }
-    p.x = r.x;
-    p.y = r.y;
-    p.w = r.w;
-    p.h = r.h;
+    p.source(r);
     int32_t x0 = r.x, y0 = r.y, rw = r.w, rh = r.h;
     if (walk != Walk::Blocks422) {
         x0 &= ~1;
@@ -152,8 +149,7 @@ void planRect565(Plan &p, int32_t w, int32_t h, const Options &opt, const std::s
     if (walk == Walk::Blocks420 || walk == Walk::Blocks422)
         check.require(p.code != ROTATE_NONE || (cw >= 2 && ch >= 2),
                       "a limited size of " + sizeText(cw, ch) + " leaves no 2x2 block to convert");
-    p.outW = p.tw;
-    p.outH = p.th;
+    p.target(p.tw, p.th);
 }
 
 void runRect565(const Plan &p, Picture &in, Picture &out)

@@ -54,12 +54,8 @@ void planScaleFrame(Plan &p, int32_t w, int32_t h, const Options &opt, const std
     checkSpan(check, std::min(r.h, h - r.y), p.th, "luma height");
     checkSpan(check, std::min(r.w >> 1, (w >> 1) - (r.x >> 1)), p.tw >> 1, "chroma width");
     checkSpan(check, std::min(r.h >> vs, (h >> vs) - (r.y >> vs)), p.th >> vs, "chroma height");
-    p.x = r.x;
-    p.y = r.y;
-    p.w = r.w;
-    p.h = r.h;
-    p.outW = p.tw;
-    p.outH = p.th;
+    p.source(r);
+    p.target(p.tw, p.th);
 }
 
 void runScaleFrame(const Plan &p, Picture &in, Picture &out)
@@ -95,12 +91,8 @@ void planScale565(Plan &p, int32_t w, int32_t h, const Options &opt, const std::
     p.th = opt.size.h;
     check.atLeast(p.tw, 2, "target width");
     check.atLeast(p.th, 2, "target height");
-    p.x = r.x;
-    p.y = r.y;
-    p.w = r.w;
-    p.h = r.h;
-    p.outW = p.tw;
-    p.outH = p.th;
+    p.source(r);
+    p.target(p.tw, p.th);
 }
 
 void runScale565(const Plan &p, Picture &in, Picture &out)
@@ -193,12 +185,8 @@ void planFixed(Plan &p, int32_t w, int32_t h, const Options &opt, const std::str
     const PlaneCall chroma{"u and v", w >> 1, h >> 1, tw >> 1, th >> 1, r.x >> 1, r.y >> 1};
     checkPlane(check, ratio, luma);
     checkPlane(check, ratio, chroma);
-    p.x = r.x;
-    p.y = r.y;
-    p.w = r.w;
-    p.h = r.h;
-    p.tw = p.outW = tw;
-    p.th = p.outH = th;
+    p.source(r);
+    p.target(tw, th);
 }
 
 void runFixed(const Plan &p, Picture &in, Picture &out)

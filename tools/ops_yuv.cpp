@@ -22,8 +22,7 @@ void planFromRgb565(Plan &p, int32_t w, int32_t h, const Options &opt, const std
     check.atMost(h, p.th, "image height", "the frame height");
     p.w = w;
     p.h = h;
-    p.outW = p.tw;
-    p.outH = p.th;
+    p.target(p.tw, p.th);
 }
 
 void runFromRgb565(const Plan &p, Picture &in, Picture &out)
@@ -112,12 +111,8 @@ void planYuv422to420(Plan &p, int32_t w, int32_t h, const Options &opt, const st
     check.atLeast(p.th, 4, "target height");
     check.fits16(p.tw, "target width");
     check.fits16(p.th, "target height");
-    p.x = r.x;
-    p.y = r.y;
-    p.w = r.w;
-    p.h = r.h;
-    p.outW = p.tw;
-    p.outH = p.th;
+    p.source(r);
+    p.target(p.tw, p.th);
 }
 
 void runYuv422to420(const Plan &p, Picture &in, Picture &out)
