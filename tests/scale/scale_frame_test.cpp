@@ -100,9 +100,7 @@ TEST_P(ScaleFrame, MatchesPlaneModelOnRandomFrames)
     Random rng;
     for (int i = 0; i < 1200; ++i) {
         const FrameCase k = randomFrameCase(rng, i, op);
-        SCOPED_TRACE(::testing::Message() << "case " << i << ": frame " << k.W << "x" << k.H << ", rect (" << k.x
-                                          << ", " << k.y << ") " << k.w << "x" << k.h << " -> " << k.TW << "x"
-                                          << k.TH);
+        SCOPED_TRACE(scaleCase(i, k.W, k.H, k.x, k.y, k.w, k.h, k.TW, k.TH));
         const TestFrame s(k.W, k.H, layout, rng, size_t(rng.range(0, 3)));
         TestFrame t(k.TW, k.TH, layout, rng, size_t(rng.range(0, 3)));
         run(s, t, k, op);

@@ -86,9 +86,7 @@ TEST(ScalePlane, MatchesModelOnRandomPlanes)
     Random rng;
     for (int i = 0; i < 2000; ++i) {
         const PlaneCase k = randomPlaneCase(rng, i);
-        SCOPED_TRACE(::testing::Message() << "case " << i << ": plane " << k.sw << "x" << k.sh << ", rect (" << k.x
-                                          << ", " << k.y << ") " << k.w << "x" << k.h << " -> " << k.dw << "x"
-                                          << k.dh);
+        SCOPED_TRACE(scaleCase(i, k.sw, k.sh, k.x, k.y, k.w, k.h, k.dw, k.dh));
         Guarded<uint8_t> src(size_t(k.sw) * size_t(k.sh), size_t(rng.range(0, 3)), rng.word());
         Guarded<uint8_t> dst(size_t(k.dw) * size_t(k.dh), size_t(rng.range(0, 3)), rng.word());
         src.randomize(rng);

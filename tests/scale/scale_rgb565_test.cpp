@@ -87,9 +87,7 @@ TEST(ScaleRGB565, MatchesModelOnRandomImages)
     for (const bool cropped : {false, true})
         for (int i = 0; i < 1500; ++i) {
             const Case k = randomCase(rng, i, cropped);
-            SCOPED_TRACE(::testing::Message() << (cropped ? "cropped" : "whole") << " case " << i << ": image " << k.sw
-                                              << "x" << k.sh << ", rect (" << k.x << ", " << k.y << ") " << k.w
-                                              << "x" << k.h << " -> " << k.dw << "x" << k.dh);
+            SCOPED_TRACE((cropped ? "cropped " : "whole ") + scaleCase(i, k.sw, k.sh, k.x, k.y, k.w, k.h, k.dw, k.dh));
             Guarded<uint16_t> src(size_t(k.sw) * size_t(k.sh), size_t(rng.range(0, 3)), rng.word());
             Guarded<uint16_t> dst(size_t(k.dw) * size_t(k.dh), size_t(rng.range(0, 3)), rng.word());
             src.randomize(rng);

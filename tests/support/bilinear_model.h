@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace pixmill::test {
@@ -63,6 +64,14 @@ inline std::vector<uint8_t> modelScalePlane(const uint8_t *src, int sw, int sh, 
             }));
         }
     return out;
+}
+
+// Trace text of one random scaling case.
+inline std::string scaleCase(int i, int sw, int sh, int64_t x, int64_t y, int w, int h, int dw, int dh)
+{
+    return "case " + std::to_string(i) + ": source " + std::to_string(sw) + "x" + std::to_string(sh) + ", rect (" +
+           std::to_string(x) + ", " + std::to_string(y) + ") " + std::to_string(w) + "x" + std::to_string(h) +
+           " -> " + std::to_string(dw) + "x" + std::to_string(dh);
 }
 
 // First difference between two sample runs, as a message.

@@ -87,9 +87,7 @@ TEST(YUV422toYUV420, MatchesModelOnRandomFrames)
     Random rng;
     for (int i = 0; i < 1500; ++i) {
         const Case k = randomCase(rng, i);
-        SCOPED_TRACE(::testing::Message() << "case " << i << ": frame " << k.W << "x" << k.H << ", rect (" << k.x
-                                          << ", " << k.y << ") " << k.w << "x" << k.h << " -> " << k.TW << "x"
-                                          << k.TH);
+        SCOPED_TRACE(scaleCase(i, k.W, k.H, k.x, k.y, k.w, k.h, k.TW, k.TH));
         const TestFrame s(k.W, k.H, Layout::Yuv422, rng, size_t(rng.range(0, 3)));
         TestFrame t(k.TW, k.TH, Layout::Yuv420, rng, size_t(rng.range(0, 3)));
         ASSERT_EQ(gYUV422toYUV420(s.get(), &t.frame(), k.x, k.y, k.w, k.h), 0);
