@@ -172,8 +172,13 @@ PIXMILL_API int32_t gY1UY2VToYV12(const uint8_t *source, Frame *frame, uint32_t 
 PIXMILL_API int32_t gUY1VY2ToYUV420(const uint8_t *source, Frame *frame, uint32_t width, uint32_t height);
 PIXMILL_API void YUY2toYUV420(const uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
 
-/* Planar 4:2:2 rectangle -> 4:2:0 target frame, cropped and bilinear-scaled
- * to the target's width x height. Always returns 0. */
+/* Planar 4:2:2 rectangle -> the whole 4:2:0 target frame, cropped and
+ * bilinear-scaled to the target's width x height in one pass; chroma comes
+ * from the even target rows' source rows (dropped, never averaged). The last
+ * two luma columns and rows and the last chroma column and row repeat their
+ * neighbours. Served: an even source width, at least 2 source rows, a corner
+ * inside the frame, an even target of at least 4 x 4; otherwise nothing is
+ * written. Always returns 0. */
 PIXMILL_API int32_t gYUV422toYUV420(const Frame *source, Frame *target,
                                     uint32_t srcX, uint32_t srcY, uint16_t srcW, uint16_t srcH);
 
@@ -234,15 +239,24 @@ PIXMILL_API int32_t gMirrorImageYUV(Frame *source, Frame *destination, int32_t c
 
 /* ---- Scaling ------------------------------------------------------------ */
 
-/* Bilinear scaling of every plane of `source` to the size of `target`
- * (4:2:0), optionally of a source rectangle given in luma pixels. */
+/* Bilinear scaling of every plane of `source` into the whole planes of
+ * `target`, at the target's width x height: 4:2:0 for gScaleFrame and
+ * gScaleCroppedFrame, 4:2:2 planar for gScaleCroppedFrameYUV422. The cropped
+ * forms read a source rectangle in luma pixels, cut to the frame; chroma
+ * takes every luma quantity halved (rounding down) on the subsampled axes. A
+ * null plane in either frame skips that plane alone; a target 1 wide (or, in
+ * 4:2:0, 1 high) leaves its chroma planes unwritten. */
 PIXMILL_API void gScaleFrame(const Frame *source, Frame *target);
 PIXMILL_API void gScaleCroppedFrame(const Frame *source, Frame *target,
                                     uint32_t srcX, uint32_t srcY, uint16_t srcW, uint16_t srcH);
 PIXMILL_API void gScaleCroppedFrameYUV422(const Frame *source, Frame *target,
                                           uint32_t srcX, uint32_t srcY, uint16_t srcW, uint16_t srcH);
 
-/* Bilinear scaling of a packed RGB565 image (stride = width in pixels). */
+/* Bilinear scaling of a packed RGB565 image (stride = width in pixels), or of
+ * a rectangle of it cut to the image, into a whole dstW x dstH image (stride
+ * dstW); each channel blended on its own. The last target column and row
+ * repeat their neighbours. Nothing is written for a null buffer, a target
+ * under 2 x 2 or a rectangle under 1 x 2 pixels. */
 PIXMILL_API void gScaleRGB565Frame(const uint16_t *source, uint16_t *target,
                                    int32_t sourceWidth, int32_t sourceHeight, int32_t dstW, int32_t dstH);
 PIXMILL_API void gScaleRGB565CroppedFrame(const uint16_t *source, uint16_t *target,

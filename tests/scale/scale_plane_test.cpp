@@ -117,18 +117,6 @@ TEST(ScalePlane, WorkedExamples)
     EXPECT_EQ(scaleRow({0, 80, 160, 240}, 4), (std::vector<uint8_t>{0, 60, 120, 180}));
 }
 
-TEST(ScalePlane, UniformPlaneStaysUniform)
-{
-    Random rng;
-    for (int i = 0; i < 200; ++i) {
-        const PlaneCase k = randomPlaneCase(rng, i);
-        const uint8_t value = rng.byte();
-        std::vector<uint8_t> src(size_t(k.sw) * size_t(k.sh), value), dst(size_t(k.dw) * size_t(k.dh), 0);
-        gScalePlane(src.data(), dst.data(), k.sw, k.sh, k.dw, k.dh, k.x, k.y, k.w, k.h);
-        ASSERT_EQ(dst, std::vector<uint8_t>(dst.size(), value)) << i;
-    }
-}
-
 // An extent of 1 has a far tap of weight 0, which may lie past the plane's
 // end; the plane here has no guard, so a read there is an overflow.
 TEST(ScalePlane, ExtentOfOneReadsNothingBeyondThePlane)

@@ -122,21 +122,4 @@ TEST(YUV422toYUV420, SameSizeIsACopyOfLumaAndEvenChromaRows)
         }
 }
 
-TEST(YUV422toYUV420, UniformFrameStaysUniform)
-{
-    Random rng;
-    for (int i = 0; i < 200; ++i) {
-        const Case k = randomCase(rng, i);
-        const uint8_t value = rng.byte();
-        std::vector<uint8_t> y(size_t(k.W) * size_t(k.H), value), u(y.size() / 2, value), v(u);
-        std::vector<uint8_t> ty(size_t(k.TW) * size_t(k.TH)), tu(ty.size() / 4), tv(tu.size());
-        const Frame s{y.data(), u.data(), v.data(), uint16_t(k.W), uint16_t(k.H), 0};
-        Frame t{ty.data(), tu.data(), tv.data(), uint16_t(k.TW), uint16_t(k.TH), 0};
-        gYUV422toYUV420(&s, &t, k.x, k.y, k.w, k.h);
-        ASSERT_EQ(ty, std::vector<uint8_t>(ty.size(), value)) << i;
-        ASSERT_EQ(tu, std::vector<uint8_t>(tu.size(), value)) << i;
-        ASSERT_EQ(tv, std::vector<uint8_t>(tv.size(), value)) << i;
-    }
-}
-
 } // namespace
