@@ -32,7 +32,10 @@ awk -F, '
     groups[group] = groups[group] SUBSEP who
     time[group, who] = us($4, $5)
     kind = who == "memcpy" ? "memcpy" : substr(who, 1, index(who, ":") - 1)
-    if (kind != "pixmill" && !((group, kind) in ref)) ref[group, kind] = time[group, who]
+    # the reference of a library is its alphabetically first entry
+    if (kind != "pixmill" && (!((group, kind) in refname) || who < refname[group, kind])) {
+      refname[group, kind] = who; ref[group, kind] = time[group, who]
+    }
   }
   END {
     rank["memcpy"] = 0; rank["pixmill"] = 1; rank["libyuv"] = 2; rank["swscale"] = 3
