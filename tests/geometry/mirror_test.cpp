@@ -3,8 +3,8 @@
 // frame, with guards around every buffer.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
-#include <vector>
 
 #include "pixmill.h"
 #include "support/frames.h"
@@ -14,104 +14,66 @@ namespace {
 
 using namespace pixmill::test;
 
-// out[mirrored position] = in, for a packed w x h plane.
+// A packed w x h plane flipped as the mode table has it: (c, r) goes to
+// (c, h - 1 - r) in mode 1 (top-bottom), to (w - 1 - c, h - 1 - r) in mode 2
+// (both) and to (w - 1 - c, r) in any other mode (left-right).
 template <class T>
-std::vector<T> mirrorModel(const std::vector<T> &in, int32_t w, int32_t h, uint32_t mode)
+std::vector<T> flip(const std::vector<T> &in, int32_t w, int32_t h, uint32_t mode)
 {
     std::vector<T> out(in.size());
-    for (int32_t r = 0; r < h; ++r)
-        for (int32_t c = 0; c < w; ++c) {
-            const Pos p = mirrored(mode, c, r, w, h);
-            out[size_t(p.r) * size_t(w) + size_t(p.c)] = in[size_t(r) * size_t(w) + size_t(c)];
-        }
+    placePlane(in, w, h, w, out, [&](int32_t c, int32_t r) {
+        return Pos{mode == 1 ? c : w - 1 - c, mode == 1 || mode == 2 ? h - 1 - r : r};
+    });
     return out;
 }
 
-TEST(MirrorImageRGB565, MatchesModelOnRandomImages)
+// Each random case flips a 16-bit image (negative sides are refused) and a
+// frame of that size (side 0 for a negative side) in either layout or a
+// refused one, in place or into a second frame. Modes: the two named ones and
+// a spread of values that mean left-right.
+TEST(Mirror, BothExportsMatchModelOnRandomImages)
 {
+    static const uint32_t modes[] = {0u, 1u, 2u, 0u, 1u, 2u, 3u, 99u, 0xFFFFFFFFu, 0x101u};
+    static const uint8_t targets[] = {1, 1, 0, 2, 255};
     Random rng;
     for (int n = 0; n < 1500; ++n) {
         const int32_t w = rng.range(-2, n < 1000 ? 12 : 48), h = rng.range(-2, n < 1000 ? 12 : 48);
-        const uint32_t mode = randomMirrorMode(rng);
-        SCOPED_TRACE(::testing::Message() << "case " << n << ": " << w << "x" << h << ", mode " << mode);
-        const size_t count = w > 0 && h > 0 ? size_t(w) * size_t(h) : 0;
-        Guarded<uint16_t> src(count, size_t(rng.range(0, 3)), rng.word());
-        Guarded<uint16_t> dst(count, size_t(rng.range(0, 3)), rng.word());
-        src.randomize(rng);
-        dst.randomize(rng);
-        const int32_t result = gMirrorImageRGB565(src.begin(), dst.begin(), w, h, mode);
-        ASSERT_TRUE(src.untouched());
-        if (w < 0 || h < 0) {
-            ASSERT_EQ(result, -1);
-            ASSERT_TRUE(dst.untouched());
-            continue;
-        }
-        ASSERT_EQ(result, 0);
-        ASSERT_TRUE(dst.intact());
-        ASSERT_EQ(dst.contents(), mirrorModel(src.contents(), w, h, mode));
-    }
-}
-
-TEST(MirrorImageYUV, MatchesModelOnRandomFrames)
-{
-    Random rng;
-    static const uint8_t targets[] = {1, 1, 0, 2, 255};
-    for (int n = 0; n < 1500; ++n) {
-        const int32_t w = rng.range(0, n < 1000 ? 12 : 48), h = rng.range(0, n < 1000 ? 12 : 48);
         const int32_t layout = rng.range(0, 9) == 0 ? (rng.coin() ? 2 : -1) : rng.range(0, 1);
-        const uint32_t mode = randomMirrorMode(rng);
+        const uint32_t mode = modes[rng.word() % 10];
         const uint8_t toDestination = targets[rng.word() % 5];
         SCOPED_TRACE(::testing::Message() << "case " << n << ": " << w << "x" << h << ", layout " << layout
                                           << ", mode " << mode << ", to " << int(toDestination));
+        const int32_t fw = std::max(w, 0), fh = std::max(h, 0); // frame sides
+        Guarded<uint16_t> image(size_t(fw) * size_t(fh), size_t(rng.range(0, 3)), rng.word());
+        Guarded<uint16_t> out(size_t(fw) * size_t(fh), size_t(rng.range(0, 3)), rng.word());
+        image.randomize(rng);
+        out.randomize(rng);
+        EXPECT_EQ(gMirrorImageRGB565(image.begin(), out.begin(), w, h, mode), w < 0 || h < 0 ? -1 : 0);
+        ASSERT_TRUE(image.untouched() && out.intact());
+        ASSERT_EQ(out.contents(), flip(image.contents(), w, h, mode));
+
         const Layout chroma = layout == 1 ? Layout::Yuv422 : Layout::Yuv420;
-        TestFrame src(w, h, chroma, rng, size_t(rng.range(0, 3)));
-        TestFrame dst(w, h, chroma, rng, size_t(rng.range(0, 3)));
+        TestFrame src(fw, fh, chroma, rng, size_t(rng.range(0, 3))), dst(fw, fh, chroma, rng, size_t(rng.range(0, 3)));
         const Frame srcRecord = src.frame(), dstRecord = dst.frame();
-        const std::vector<uint8_t> y = src.yPlane().contents(), u = src.uPlane().contents(),
-                                   v = src.vPlane().contents();
+        const std::vector<uint8_t> before[3] = {src.yPlane().contents(), src.uPlane().contents(),
+                                                src.vPlane().contents()};
         // In place the destination record is not looked at: pass none at all.
         Frame *target = toDestination == 1 || rng.coin() ? &dst.frame() : nullptr;
-
-        const int32_t result = gMirrorImageYUV(&src.frame(), target, layout, mode, toDestination);
-
+        const bool refused = layout != 0 && layout != 1, intoSecond = toDestination == 1 && !refused;
+        EXPECT_EQ(gMirrorImageYUV(&src.frame(), target, layout, mode, toDestination), refused ? -1 : 0);
+        // Into a second frame width, height and tag are copied; else that record and its planes stay.
+        const Frame copied{dstRecord.y, dstRecord.u, dstRecord.v, srcRecord.width, srcRecord.height, srcRecord.tag};
+        ASSERT_EQ(std::memcmp(intoSecond ? &copied : &dstRecord, &dst.frame(), sizeof dstRecord), 0);
         ASSERT_EQ(std::memcmp(&srcRecord, &src.frame(), sizeof srcRecord), 0);
-        ASSERT_TRUE(src.intact() && dst.intact());
-        if (layout != 0 && layout != 1) {
-            ASSERT_EQ(result, -1);
-            ASSERT_TRUE(src.untouched() && dst.untouched());
-            ASSERT_EQ(std::memcmp(&dstRecord, &dst.frame(), sizeof dstRecord), 0);
-            continue;
+        ASSERT_TRUE(src.intact() && dst.intact() && (intoSecond ? src : dst).untouched());
+        // A refused call leaves the source as it was; 4:2:2 chroma is flipped
+        // as a plane of all rows.
+        TestFrame &flipped = intoSecond ? dst : src;
+        Guarded<uint8_t> *after[3] = {&flipped.yPlane(), &flipped.uPlane(), &flipped.vPlane()};
+        for (int i = 0; i < 3; ++i) {
+            const int32_t pw = i == 0 ? fw : fw >> 1, ph = i == 0 || layout == 1 ? fh : fh >> 1;
+            ASSERT_EQ(after[i]->contents(), refused ? before[i] : flip(before[i], pw, ph, mode)) << "plane " << i;
         }
-        ASSERT_EQ(result, 0);
-        TestFrame &out = toDestination == 1 ? dst : src;
-        if (toDestination == 1) {
-            ASSERT_TRUE(src.untouched());
-            EXPECT_EQ(dst.frame().width, srcRecord.width);
-            EXPECT_EQ(dst.frame().height, srcRecord.height);
-            EXPECT_EQ(dst.frame().tag, srcRecord.tag);
-        } else {
-            ASSERT_TRUE(dst.untouched());
-            ASSERT_EQ(std::memcmp(&dstRecord, &dst.frame(), sizeof dstRecord), 0);
-        }
-        const int32_t chromaRows = layout == 0 ? h >> 1 : h;
-        ASSERT_EQ(out.yPlane().contents(), mirrorModel(y, w, h, mode));
-        ASSERT_EQ(out.uPlane().contents(), mirrorModel(u, w >> 1, chromaRows, mode));
-        ASSERT_EQ(out.vPlane().contents(), mirrorModel(v, w >> 1, chromaRows, mode));
-    }
-}
-
-// A flip of both axes in place is the half turn into a second frame.
-TEST(MirrorImageYUV, BothInPlaceIsHalfTurn)
-{
-    Random rng;
-    for (int n = 0; n < 20; ++n) {
-        const int32_t w = 2 * rng.range(1, 20), h = 4 * rng.range(1, 10);
-        TestFrame a(w, h, Layout::Yuv420, rng), turned(w, h, Layout::Yuv420, rng);
-        gRotateFrame(a.get(), turned.get(), ROTATE_180);
-        ASSERT_EQ(gMirrorImageYUV(&a.frame(), nullptr, 0, MIRROR_BOTH, 0), 0);
-        EXPECT_EQ(a.yPlane().contents(), turned.yPlane().contents());
-        EXPECT_EQ(a.uPlane().contents(), turned.uPlane().contents());
-        EXPECT_EQ(a.vPlane().contents(), turned.vPlane().contents());
     }
 }
 
