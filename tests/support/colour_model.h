@@ -1,11 +1,15 @@
 // A per-pixel model of the colour arithmetic, written from the rules alone:
 // Q14 coefficients, the truncating or rounding chroma terms, offsets added
 // before the clamp, RGB565 packing by dropping low bits. Deliberately shares
-// no code with the library.
+// no code with the library. Also the comparison of a target with its model
+// that the conversion tests share.
 #ifndef PIXMILL_TEST_COLOUR_MODEL_H
 #define PIXMILL_TEST_COLOUR_MODEL_H
 
 #include <cstdint>
+#include <vector>
+
+#include <gtest/gtest.h>
 
 namespace pixmill::test {
 
@@ -48,6 +52,18 @@ inline ModelRgb modelPixel(int y, int u, int v, const ModelCoeffs &k, bool round
 inline uint16_t modelRgb565(const ModelRgb &p)
 {
     return static_cast<uint16_t>((p.r / 8) * 2048 + (p.g / 4) * 32 + p.b / 8);
+}
+
+// First target unit (byte or word) that differs from the model, by row and
+// unit within a row of `pitch` units.
+template <class T>
+::testing::AssertionResult sameUnits(const std::vector<T> &got, const std::vector<T> &want, size_t pitch)
+{
+    for (size_t i = 0; i < want.size(); ++i)
+        if (got[i] != want[i])
+            return ::testing::AssertionFailure() << "first difference at row " << i / pitch << ", unit " << i % pitch
+                                                 << ": got " << int(got[i]) << ", want " << int(want[i]);
+    return ::testing::AssertionSuccess();
 }
 
 } // namespace pixmill::test

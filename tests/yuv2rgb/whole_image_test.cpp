@@ -1,284 +1,146 @@
-// Whole-image YUV -> RGB conversions against per-pixel models, on random
-// frames and sizes, both row orders, with guards around every buffer.
+// Whole-image YUV -> RGB conversions against per-pixel models on random
+// frames, sizes, row orders and strides, with guards around every buffer;
+// then the worked values.
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <algorithm>
 #include <vector>
 
 #include "pixmill.h"
 #include "support/colour_model.h"
 #include "support/frames.h"
-#include "support/whole_image_model.h"
 
 namespace {
 
 using namespace pixmill::test;
 
-// Target units of one model pixel: three bytes or one RGB565 word.
-template <class T>
-using PixelModel = std::function<void(T *out, const TestFrame &f, int32_t c, int32_t r)>;
-
-// Expected target of a whole-image walk over the top-left w x h pixels.
-template <class T, int units>
-std::vector<T> modelWhole(const TestFrame &f, int32_t w, int32_t h, bool topDown, const PixelModel<T> &px)
-{
-    std::vector<T> out(size_t(w) * size_t(h) * units);
-    for (int32_t r = 0; r < h; ++r)
-        for (int32_t c = 0; c < w; ++c) {
-            const SourcePos s = sourceOf(c, r, w, h);
-            px(&out[(size_t(targetRow(r, h, topDown)) * size_t(w) + size_t(c)) * units], f, s.c, s.r);
-        }
-    return out;
-}
-
-ModelRgb sourcePixel(const TestFrame &f, int32_t c, int32_t r, const ModelCoeffs &k, bool rounding, ModelOffsets d)
-{
-    return modelPixel(f.Y(c, r), f.Ufor(c, r), f.Vfor(c, r), k, rounding, d);
-}
-
-void putRgb(uint8_t *o, const ModelRgb &p)
-{
-    o[0] = uint8_t(p.r), o[1] = uint8_t(p.g), o[2] = uint8_t(p.b);
-}
-void putBgr(uint8_t *o, const ModelRgb &p)
-{
-    o[0] = uint8_t(p.b), o[1] = uint8_t(p.g), o[2] = uint8_t(p.r);
-}
-
-const PixelModel<uint8_t> kRgb888 = [](uint8_t *o, const TestFrame &f, int32_t c, int32_t r) {
-    putRgb(o, sourcePixel(f, c, r, kModel601, false, kNoDither));
-};
-const PixelModel<uint16_t> kRgb565 = [](uint16_t *o, const TestFrame &f, int32_t c, int32_t r) {
-    *o = modelRgb565(sourcePixel(f, c, r, kModel601, false, modelDither(r, c)));
-};
-const PixelModel<uint8_t> kBgr888Dithered = [](uint8_t *o, const TestFrame &f, int32_t c, int32_t r) {
-    putBgr(o, sourcePixel(f, c, r, kModel601, false, modelDither(r, c)));
-};
-
+// One call: the frame, the part converted, the flag, and the units between
+// target rows (the stride of gYUV420toBGR24).
 struct Case {
-    int32_t width, height, w, h;
-    bool topDown;
-    int32_t flag;
-    size_t misalign;
+    int32_t width, height, w, h, flag, pitch;
 };
 
-Case randomCase(Random &rng, int32_t maxSide)
+// A top-left part of 0 to maxSide pixels each way, with any of the flag
+// values that must read as "top down".
+Case partCase(Random &rng, int32_t maxSide, int32_t units)
 {
-    Case k{};
-    k.w = rng.range(2, maxSide);
-    k.h = rng.range(2, maxSide);
-    k.width = k.w + (rng.coin() ? 0 : rng.range(0, 9));
-    k.height = k.h + (rng.coin() ? 0 : rng.range(0, 5));
-    k.topDown = rng.coin();
-    k.flag = flagValue(rng.word(), k.topDown);
-    k.misalign = size_t(rng.range(0, 3));
-    return k;
+    static const uint32_t on[] = {1u, 0x80000000u, 0x00010000u, 0xFFFFFFFFu, 0x00000100u, 2u};
+    const int32_t w = rng.range(0, maxSide), h = rng.range(0, maxSide);
+    const int32_t flag = rng.coin() ? int32_t(on[rng.range(0, 5)]) : 0;
+    return {w + (rng.coin() ? 0 : rng.range(0, 9)), h + (rng.coin() ? 0 : rng.range(0, 5)), w, h, flag, w * units};
 }
 
-template <class T>
-::testing::AssertionResult sameUnits(const std::vector<T> &got, const std::vector<T> &want, size_t pitch)
+// A whole frame of even size, with a stride that now and then falls short.
+Case strideCase(Random &rng, int32_t maxSide, int32_t)
 {
-    for (size_t i = 0; i < want.size(); ++i)
-        if (got[i] != want[i])
-            return ::testing::AssertionFailure() << "first difference at row " << i / pitch << ", unit " << i % pitch
-                                                 << ": got " << int(got[i]) << ", want " << int(want[i]);
-    return ::testing::AssertionSuccess();
+    const int32_t w = 2 * rng.range(0, maxSide / 2), h = 2 * rng.range(0, maxSide / 2);
+    const int32_t stride = 3 * w + (rng.coin() ? 0 : rng.range(1, 13));
+    const int32_t shortStride[] = {3 * w - 1, -stride, INT32_MIN};
+    return {w, h, w, h, 1, rng.range(0, 7) == 0 ? shortStride[rng.range(0, 2)] : stride};
 }
 
-// Runs a whole-image conversion on many random frames and compares it with
-// its model; the frame, the guards and nothing else may change.
-template <class T, int units, class Op>
-void checkRandomFrames(Layout layout, Op op, const PixelModel<T> &px)
+// Runs `op` on 2000 random cases against the model: px(p, f, c, r) writes the
+// pixel of source (c, r) at p. A pitch short of a row is refused with -1 and
+// writes nothing; a size of 1 has no defined result. The frame and everything
+// outside the target stay as they were.
+template <class T, class Op, class Px>
+void checkRandom(const char *name, Layout layout, int32_t units, Case (*make)(Random &, int32_t, int32_t), Op op,
+                 Px px)
 {
     Random rng;
-    for (int i = 0; i < 1500; ++i) {
-        const Case k = randomCase(rng, i < 1000 ? 12 : 70);
-        SCOPED_TRACE(::testing::Message() << "case " << i << ": frame " << k.width << "x" << k.height << ", convert "
-                                          << k.w << "x" << k.h << ", flag " << k.flag);
-        TestFrame f(k.width, k.height, layout, rng, k.misalign);
-        Guarded<T> out(size_t(k.w) * size_t(k.h) * units, k.misalign);
-        op(f.get(), out.data(), k.w, k.h, k.flag);
-        ASSERT_TRUE(sameUnits(out.contents(), modelWhole<T, units>(f, k.w, k.h, k.topDown, px), size_t(k.w) * units));
-        ASSERT_TRUE(out.intact());
-        ASSERT_TRUE(f.untouched());
-    }
-}
-
-// Sizes of 0 write nothing; sizes of 1 have no defined result but stay
-// inside the target.
-template <class T, int units, class Op>
-void checkDegenerateSizes(Layout layout, Op op)
-{
-    Random rng;
-    TestFrame f(8, 8, layout, rng);
-    for (auto [w, h] : {std::pair{0, 5}, {5, 0}, {0, 0}}) {
-        Guarded<T> out(16);
-        op(f.get(), out.data(), w, h, 1);
-        EXPECT_TRUE(out.untouched()) << w << "x" << h;
-    }
-    for (auto [w, h] : {std::pair{1, 5}, {5, 1}, {1, 1}, {1, 2}, {2, 1}})
-        for (int32_t flag : {0, 1}) {
-            Guarded<T> out(size_t(w * h * units));
-            op(f.get(), out.data(), w, h, flag);
-            EXPECT_TRUE(out.intact()) << w << "x" << h;
-        }
-}
-
-// The 2x2 frame of the worked examples: luma 81, 82 over 83, 84, u 90, v 240
-// (on both chroma rows, so it serves 4:2:0 and 4:2:2 alike).
-struct WorkedFrame {
-    uint8_t y[4] = {81, 82, 83, 84}, u[2] = {90, 90}, v[2] = {240, 240};
-    Frame f{y, u, v, 2, 2, 0};
-};
-
-// ---- 4:2:0 -> R,G,B ---------------------------------------------------------
-
-TEST(YUV420toRGB888, MatchesModelOnRandomFrames)
-{
-    checkRandomFrames<uint8_t, 3>(Layout::Yuv420, gEmYUV420toRGB888TopDown, kRgb888);
-}
-
-TEST(YUV420toRGB888, DegenerateSizes) { checkDegenerateSizes<uint8_t, 3>(Layout::Yuv420, gEmYUV420toRGB888TopDown); }
-
-TEST(YUV420toRGB888, WorkedExamples)
-{
-    WorkedFrame w;
-    uint8_t out[12];
-    gEmYUV420toRGB888TopDown(&w.f, out, 2, 2, 1);
-    EXPECT_EQ(std::vector<uint8_t>(out, out + 12),
-              (std::vector<uint8_t>{238, 15, 13, 239, 16, 14, 240, 17, 15, 241, 18, 16}));
-    gEmYUV420toRGB888TopDown(&w.f, out, 2, 2, 0);
-    EXPECT_EQ(out[0], 240); // R of source pixel (0, 1) comes first
-}
-
-TEST(YUV420toRGB888, ThreeByThreeRepeatsLastColumnAndRow)
-{
-    Random rng;
-    TestFrame f(4, 4, Layout::Yuv420, rng);
-    Guarded<uint8_t> out(27);
-    gEmYUV420toRGB888TopDown(f.get(), out.data(), 3, 3, 1);
-    ASSERT_TRUE(out.intact());
-    for (size_t row = 0; row < 2; ++row)
-        for (size_t b = 0; b < 3; ++b)
-            EXPECT_EQ(out[row * 9 + 6 + b], out[row * 9 + 3 + b]);
-    for (size_t b = 0; b < 9; ++b)
-        EXPECT_EQ(out[18 + b], out[9 + b]);
-}
-
-// ---- 4:2:0 -> RGB565 --------------------------------------------------------
-
-TEST(YUV420toRGB565, MatchesModelOnRandomFrames)
-{
-    checkRandomFrames<uint16_t, 1>(Layout::Yuv420, gEmYUV420toRGB565TopDown, kRgb565);
-}
-
-TEST(YUV420toRGB565, DegenerateSizes) { checkDegenerateSizes<uint16_t, 1>(Layout::Yuv420, gEmYUV420toRGB565TopDown); }
-
-TEST(YUV420toRGB565, WorkedExamples)
-{
-    WorkedFrame w;
-    uint16_t out[4];
-    gEmYUV420toRGB565TopDown(&w.f, out, 2, 2, 1);
-    EXPECT_EQ(std::vector<uint16_t>(out, out + 4), (std::vector<uint16_t>{0xF081, 0xF082, 0xF082, 0xF0A2}));
-    gEmYUV420toRGB565TopDown(&w.f, out, 2, 2, 0);
-    EXPECT_EQ(std::vector<uint16_t>(out, out + 4), (std::vector<uint16_t>{0xF082, 0xF0A2, 0xF081, 0xF082}));
-}
-
-// ---- 4:2:2 -> B,G,R, two names ----------------------------------------------
-
-TEST(YUV422toBGR888, MatchesModelOnRandomFrames)
-{
-    checkRandomFrames<uint8_t, 3>(Layout::Yuv422, gYUV422HPlanartoBGR888TopDown, kBgr888Dithered);
-}
-
-TEST(YUV422toBGR888, DegenerateSizes)
-{
-    checkDegenerateSizes<uint8_t, 3>(Layout::Yuv422, gYUV422HPlanartoBGR888TopDown);
-}
-
-TEST(YUV422toBGR888, BothNamesAreOneFunction)
-{
-    EXPECT_EQ(reinterpret_cast<void *>(&gYUV422HPlanartoBGR888TopDown),
-              reinterpret_cast<void *>(&gYUV422HPlanartoRGB888TopDown));
-    Random rng;
-    TestFrame f(17, 9, Layout::Yuv422, rng);
-    std::vector<uint8_t> a(17 * 9 * 3), b(a.size());
-    gYUV422HPlanartoBGR888TopDown(f.get(), a.data(), 17, 9, 0);
-    gYUV422HPlanartoRGB888TopDown(f.get(), b.data(), 17, 9, 0);
-    EXPECT_EQ(a, b);
-}
-
-TEST(YUV422toBGR888, WorkedExamples)
-{
-    WorkedFrame w;
-    uint8_t out[12];
-    gYUV422HPlanartoBGR888TopDown(&w.f, out, 2, 2, 1);
-    EXPECT_EQ(std::vector<uint8_t>(out, out + 12),
-              (std::vector<uint8_t>{13, 18, 240, 18, 16, 245, 21, 18, 244, 18, 20, 241}));
-    uint8_t grey[4] = {100, 100, 100, 100}, neutral[2] = {128, 128};
-    Frame g{grey, neutral, neutral, 2, 2, 0};
-    gYUV422HPlanartoBGR888TopDown(&g, out, 2, 2, 1);
-    EXPECT_EQ(std::vector<uint8_t>(out, out + 12),
-              (std::vector<uint8_t>{100, 103, 102, 104, 100, 106, 106, 101, 104, 102, 102, 100}));
-}
-
-// ---- whole 4:2:0 frame -> B,G,R with a stride --------------------------------
-
-std::vector<uint8_t> modelBgr24(const TestFrame &f, int32_t stride, const Guarded<uint8_t> &before)
-{
-    std::vector<uint8_t> out = before.contents();
-    for (int32_t r = 0; r < f.height(); ++r)
-        for (int32_t c = 0; c < f.width(); ++c) // odd columns: luma + 1 before the clamp
-            putBgr(&out[size_t(r) * size_t(stride) + size_t(c) * 3],
-                   modelPixel(f.Y(c, r) + (c & 1), f.Ufor(c, r), f.Vfor(c, r), kModel709, true, kNoDither));
-    return out;
-}
-
-TEST(YUV420toBGR24, MatchesModelOnRandomFrames)
-{
-    Random rng;
-    for (int i = 0; i < 1200; ++i) {
-        const int32_t width = 2 * rng.range(0, i < 1000 ? 8 : 40), height = 2 * rng.range(0, i < 1000 ? 8 : 30);
-        const int32_t stride = 3 * width + (rng.coin() ? 0 : rng.range(1, 13));
-        SCOPED_TRACE(::testing::Message() << "case " << i << ": " << width << "x" << height << ", stride " << stride);
-        TestFrame f(width, height, Layout::Yuv420, rng, size_t(rng.range(0, 3)));
-        Guarded<uint8_t> out(size_t(stride) * size_t(height), size_t(rng.range(0, 3)));
+    for (int i = 0; i < 2000; ++i) {
+        const Case k = make(rng, i < 1400 ? 12 : 70, units);
+        SCOPED_TRACE(::testing::Message() << name << ", case " << i << ": frame " << k.width << "x" << k.height
+                                          << ", convert " << k.w << "x" << k.h << ", flag " << k.flag << ", pitch "
+                                          << k.pitch);
+        const size_t misalign = size_t(rng.range(0, 3)), pitch = size_t(std::max({k.pitch, k.w * units, 1}));
+        TestFrame f(k.width, k.height, layout, rng, misalign);
+        Guarded<T> out(pitch * size_t(k.h), misalign, rng.word());
         out.randomize(rng);
-        const std::vector<uint8_t> want = modelBgr24(f, stride, out);
-        ASSERT_EQ(gYUV420toBGR24(f.get(), out.begin(), stride), 0);
-        ASSERT_TRUE(sameUnits(out.contents(), want, size_t(stride > 0 ? stride : 1)));
+        const bool refused = k.pitch < k.w * units, defined = k.w != 1 && k.h != 1;
+        std::vector<T> want = out.contents();
+        // Source row r lands on target row r, or h - 1 - r; an odd last column
+        // and row repeat their neighbour.
+        for (int32_t r = 0; r < k.h && defined && !refused; ++r)
+            for (int32_t c = 0; c < k.w; ++c)
+                px(&want[size_t(k.flag ? r : k.h - 1 - r) * pitch + size_t(c * units)], f,
+                   (k.w & 1) && c == k.w - 1 ? c - 1 : c, (k.h & 1) && r == k.h - 1 ? r - 1 : r);
+        ASSERT_EQ(op(f.get(), out.begin(), k), refused ? -1 : 0);
+        ASSERT_TRUE(sameUnits(out.contents(), defined ? want : out.contents(), pitch));
         ASSERT_TRUE(out.intact());
         ASSERT_TRUE(f.untouched());
     }
 }
 
-TEST(YUV420toBGR24, RefusesShortStrideWritingNothing)
+ModelRgb source601(const TestFrame &f, int32_t c, int32_t r, ModelOffsets d)
 {
-    Random rng;
-    TestFrame f(6, 4, Layout::Yuv420, rng);
-    Guarded<uint8_t> out(18 * 4);
-    for (int32_t stride : {17, 0, -1, -18, INT32_MIN}) {
-        EXPECT_EQ(gYUV420toBGR24(f.get(), out.data(), stride), -1) << stride;
-        EXPECT_TRUE(out.untouched()) << stride;
-    }
-    EXPECT_EQ(gYUV420toBGR24(f.get(), out.data(), 18), 0);
-    TestFrame empty(0, 0, Layout::Yuv420, rng);
-    EXPECT_EQ(gYUV420toBGR24(empty.get(), nullptr, 0), 0);
-    EXPECT_EQ(gYUV420toBGR24(empty.get(), nullptr, -1), -1);
+    return modelPixel(f.Y(c, r), f.Ufor(c, r), f.Vfor(c, r), kModel601, false, d);
 }
 
-TEST(YUV420toBGR24, WorkedExampleAndNeutralColumns)
+void put(uint8_t *o, const ModelRgb &p, bool bgr)
 {
-    WorkedFrame w;
-    uint8_t out[12];
-    ASSERT_EQ(gYUV420toBGR24(&w.f, out, 6), 0);
-    EXPECT_EQ(std::vector<uint8_t>(out, out + 12),
-              (std::vector<uint8_t>{10, 36, 255, 12, 38, 255, 12, 38, 255, 14, 40, 255}));
-    uint8_t white[4] = {255, 255, 255, 255}, neutral[1] = {128};
-    Frame g{white, neutral, neutral, 2, 2, 0};
-    ASSERT_EQ(gYUV420toBGR24(&g, out, 6), 0);
-    for (uint8_t b : out)
-        EXPECT_EQ(b, 255);
+    o[0] = uint8_t(bgr ? p.b : p.r), o[1] = uint8_t(p.g), o[2] = uint8_t(bgr ? p.r : p.b);
+}
+
+// The 4:2:2 form has two names at one address. gYUV420toBGR24 lifts luma in
+// odd columns by 1 before the clamp.
+TEST(WholeImage, MatchesModelOnRandomCases)
+{
+    using F = const Frame *;
+    using TF = const TestFrame &;
+    EXPECT_EQ(&gYUV422HPlanartoBGR888TopDown, &gYUV422HPlanartoRGB888TopDown);
+    checkRandom<uint8_t>(
+        "RGB888", Layout::Yuv420, 3, partCase,
+        [](F f, uint8_t *o, const Case &k) { return gEmYUV420toRGB888TopDown(f, o, k.w, k.h, k.flag), 0; },
+        [](uint8_t *o, TF f, int32_t c, int32_t r) { put(o, source601(f, c, r, kNoDither), false); });
+    checkRandom<uint16_t>(
+        "RGB565", Layout::Yuv420, 1, partCase,
+        [](F f, uint16_t *o, const Case &k) { return gEmYUV420toRGB565TopDown(f, o, k.w, k.h, k.flag), 0; },
+        [](uint16_t *o, TF f, int32_t c, int32_t r) { *o = modelRgb565(source601(f, c, r, modelDither(r, c))); });
+    checkRandom<uint8_t>(
+        "BGR888 from 4:2:2", Layout::Yuv422, 3, partCase,
+        [](F f, uint8_t *o, const Case &k) { return gYUV422HPlanartoBGR888TopDown(f, o, k.w, k.h, k.flag), 0; },
+        [](uint8_t *o, TF f, int32_t c, int32_t r) { put(o, source601(f, c, r, modelDither(r, c)), true); });
+    checkRandom<uint8_t>(
+        "BGR24", Layout::Yuv420, 3, strideCase,
+        [](F f, uint8_t *o, const Case &k) { return gYUV420toBGR24(f, o, k.pitch); },
+        [](uint8_t *o, TF f, int32_t c, int32_t r) {
+            put(o, modelPixel(f.Y(c, r) + (c & 1), f.Ufor(c, r), f.Vfor(c, r), kModel709, true, kNoDither), true);
+        });
+}
+
+// 2 by 2 frames, u and v on both chroma rows so that they serve 4:2:0 and
+// 4:2:2 alike: each call, its flag (stride for BGR24) and the target.
+TEST(WholeImage, WorkedValues)
+{
+    const struct {
+        uint8_t y[4], u, v;
+        int call;
+        int32_t flag;
+        std::vector<int> want;
+    } cases[] = {
+        {{81, 82, 83, 84}, 90, 240, 0, 1, {238, 15, 13, 239, 16, 14, 240, 17, 15, 241, 18, 16}},
+        {{81, 82, 83, 84}, 90, 240, 0, 0, {240, 17, 15, 241, 18, 16, 238, 15, 13, 239, 16, 14}},
+        {{81, 82, 83, 84}, 90, 240, 1, 1, {0xF081, 0xF082, 0xF082, 0xF0A2}},
+        {{81, 82, 83, 84}, 90, 240, 1, 0, {0xF082, 0xF0A2, 0xF081, 0xF082}},
+        {{81, 82, 83, 84}, 90, 240, 2, 1, {13, 18, 240, 18, 16, 245, 21, 18, 244, 18, 20, 241}},
+        {{100, 100, 100, 100}, 128, 128, 2, 1, {100, 103, 102, 104, 100, 106, 106, 101, 104, 102, 102, 100}},
+        {{81, 82, 83, 84}, 90, 240, 3, 6, {10, 36, 255, 12, 38, 255, 12, 38, 255, 14, 40, 255}},
+        {{255, 255, 255, 255}, 128, 128, 3, 6, std::vector<int>(12, 255)},
+    };
+    for (const auto &k : cases) {
+        uint8_t y[4] = {k.y[0], k.y[1], k.y[2], k.y[3]}, u[2] = {k.u, k.u}, v[2] = {k.v, k.v}, bytes[12] = {};
+        uint16_t words[4] = {};
+        const Frame f{y, u, v, 2, 2, 0};
+        switch (k.call) {
+        case 0: gEmYUV420toRGB888TopDown(&f, bytes, 2, 2, k.flag); break;
+        case 1: gEmYUV420toRGB565TopDown(&f, words, 2, 2, k.flag); break;
+        case 2: gYUV422HPlanartoBGR888TopDown(&f, bytes, 2, 2, k.flag); break;
+        default: EXPECT_EQ(gYUV420toBGR24(&f, bytes, k.flag), 0);
+        }
+        const std::vector<int> got(bytes, bytes + 12), gotWords(words, words + 4);
+        EXPECT_EQ(k.call == 1 ? gotWords : got, k.want) << "call " << k.call << ", flag " << k.flag;
+    }
 }
 
 } // namespace
