@@ -1,7 +1,8 @@
 // Per-sample models of the bilinear scalers, written from the rules alone:
 // Q18 positions split by division, weights multiplied out from the phases,
 // tap distances from the listed decimation shifts. A tap of weight 0 is not
-// read. Shares no code with the library.
+// read. Shares no code with the library. Also the random cases and the
+// target check that the scaling tests share.
 #ifndef PIXMILL_TEST_BILINEAR_MODEL_H
 #define PIXMILL_TEST_BILINEAR_MODEL_H
 
@@ -9,8 +10,10 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <string>
+#include <ostream>
 #include <vector>
+
+#include "support/guarded.h"
 
 namespace pixmill::test {
 
@@ -41,51 +44,98 @@ int modelBlend(int py, int px, Tap tap)
     return sum / 64;
 }
 
-// The plane scaler: the whole dstW x dstH result, or nothing (empty) when the
-// target has no sample.
-inline std::vector<uint8_t> modelScalePlane(const uint8_t *src, int sw, int sh, int dstW, int dstH, int x, int y,
-                                            int w, int h)
+// A source plane sw x sh, the rectangle (x, y, w, h) of it, a dw x dh target.
+struct ScaleCase {
+    int sw, sh, dw, dh, x, y, w, h;
+};
+
+// Cuts the rectangle to the plane; false when it holds no sample.
+inline bool modelLimit(ScaleCase &k)
 {
-    if (dstW < 1 || dstH < 1)
+    if (k.x < 0 || k.y < 0 || k.x >= k.sw || k.y >= k.sh || k.w < 1 || k.h < 1)
+        return false;
+    k.w = std::min(k.w, k.sw - k.x);
+    k.h = std::min(k.h, k.sh - k.y);
+    return true;
+}
+
+// The plane scaler: the whole target, or nothing (empty) when it writes none.
+inline std::vector<uint8_t> modelScalePlane(const uint8_t *src, ScaleCase k)
+{
+    if (!src || !modelLimit(k) || k.dw < 1 || k.dh < 1)
         return {};
-    w = std::min(w, sw - x);
-    h = std::min(h, sh - y);
-    const int distX = 1 << kListedShifts[std::min(w / dstW, 31)];
-    const int distY = 1 << kListedShifts[std::min(h / dstH, 31)];
-    const int64_t stepX = int64_t((w - 1) / distX) * 262144 / dstW;
-    const int64_t stepY = int64_t((h - 1) / distY) * 262144 / dstH;
-    std::vector<uint8_t> out(size_t(dstW) * size_t(dstH));
-    for (int j = 0; j < dstH; ++j)
-        for (int i = 0; i < dstW; ++i) {
+    const int distX = 1 << kListedShifts[std::min(k.w / k.dw, 31)];
+    const int distY = 1 << kListedShifts[std::min(k.h / k.dh, 31)];
+    const int64_t stepX = int64_t((k.w - 1) / distX) * 262144 / k.dw;
+    const int64_t stepY = int64_t((k.h - 1) / distY) * 262144 / k.dh;
+    std::vector<uint8_t> out;
+    for (int j = 0; j < k.dh; ++j)
+        for (int i = 0; i < k.dw; ++i) {
             const ModelPos py = modelPos(j * stepY), px = modelPos(i * stepX);
-            out[size_t(j) * size_t(dstW) + size_t(i)] = uint8_t(modelBlend(py.phase, px.phase, [&](int tx, int ty) {
-                const int col = x + (px.index + tx) * distX, row = y + (py.index + ty) * distY;
-                return int(src[size_t(row) * size_t(sw) + size_t(col)]);
-            }));
+            out.push_back(uint8_t(modelBlend(py.phase, px.phase, [&](int tx, int ty) {
+                return src[size_t(k.y + (py.index + ty) * distY) * size_t(k.sw) +
+                           size_t(k.x + (px.index + tx) * distX)];
+            })));
         }
     return out;
 }
 
-// Trace text of one random scaling case.
-inline std::string scaleCase(int i, int sw, int sh, int64_t x, int64_t y, int w, int h, int dw, int dh)
+// Mostly 0 or inside the extent, now and then -1 or just past it.
+inline int randomCorner(Random &rng, int extent)
 {
-    return "case " + std::to_string(i) + ": source " + std::to_string(sw) + "x" + std::to_string(sh) + ", rect (" +
-           std::to_string(x) + ", " + std::to_string(y) + ") " + std::to_string(w) + "x" + std::to_string(h) +
-           " -> " + std::to_string(dw) + "x" + std::to_string(dh);
+    const int r = rng.range(0, 39);
+    return r == 0 ? -1 : r == 1 ? extent : r < 20 ? 0 : rng.range(0, extent - 1);
 }
 
-// First difference between two sample runs, as a message.
-template <class T>
-::testing::AssertionResult sameSamples(const std::vector<T> &got, const std::vector<T> &want, int width)
+// Cases in turn small (now and then of the same size or an empty target),
+// strongly reduced on one axis or both (ratios past the table's end), and
+// enlarged; rectangles that end at the plane's edge, stick out, or are empty.
+inline ScaleCase randomScaleCase(Random &rng, int i)
 {
-    if (got.size() != want.size())
-        return ::testing::AssertionFailure() << "size " << got.size() << ", want " << want.size();
-    for (size_t i = 0; i < want.size(); ++i)
-        if (got[i] != want[i])
-            return ::testing::AssertionFailure() << "first difference at (" << i % size_t(width) << ", "
-                                                 << i / size_t(width) << "): got " << int(got[i]) << ", want "
-                                                 << int(want[i]);
-    return ::testing::AssertionSuccess();
+    // Ranges of sw, sh, dw, dh.
+    static const int kRanges[3][8] = {
+        {1, 24, 1, 24, 0, 24, 0, 24}, {20, 400, 1, 60, 1, 12, 1, 20}, {1, 8, 1, 8, 8, 90, 8, 60}};
+    const int *r = kRanges[i % 3];
+    ScaleCase k{rng.range(r[0], r[1]), rng.range(r[2], r[3]), rng.range(r[4], r[5]), rng.range(r[6], r[7]), 0, 0, 0, 0};
+    if (i % 6 == 4)
+        std::swap(k.sw, k.sh), std::swap(k.dw, k.dh);
+    if (i % 12 == 0)
+        k.dw = k.sw, k.dh = k.sh;
+    k.x = randomCorner(rng, k.sw);
+    k.y = randomCorner(rng, k.sh);
+    k.w = rng.coin() ? k.sw - k.x : rng.range(0, k.sw + 5);
+    k.h = rng.coin() ? k.sh - k.y : rng.range(0, k.sh + 5);
+    return k;
+}
+
+// Trace text of one random scaling case.
+inline std::ostream &operator<<(std::ostream &os, const ScaleCase &k)
+{
+    return os << "source " << k.sw << "x" << k.sh << ", rect (" << k.x << ", " << k.y << ") " << k.w << "x" << k.h
+              << " -> " << k.dw << "x" << k.dh;
+}
+
+template <class T>
+std::vector<T> randomSamples(Random &rng, size_t count)
+{
+    std::vector<T> v(count);
+    for (T &s : v)
+        s = T(rng.word());
+    return v;
+}
+
+// A guarded target against the model's samples, or untouched when the model
+// writes none; its guards intact either way.
+template <class T>
+::testing::AssertionResult written(const Guarded<T> &dst, const std::vector<T> &want, int width)
+{
+    const std::vector<T> got = dst.contents();
+    if (dst.intact() && (want.empty() ? dst.untouched() : got == want))
+        return ::testing::AssertionSuccess();
+    const auto diff = std::mismatch(got.begin(), got.end(), want.begin(), want.end()).first - got.begin();
+    return ::testing::AssertionFailure() << (dst.intact() ? "" : "guard bytes changed; ") << got.size()
+                                         << " samples, want " << want.size() << "; first difference at ("
+                                         << diff % std::max(width, 1) << ", " << diff / std::max(width, 1) << ")";
 }
 
 } // namespace pixmill::test
