@@ -1,8 +1,7 @@
 // Speed of the main jobs of pixmill next to libyuv, libswscale and a memcpy
 // of the same number of bytes, all measured in one run. Benchmarks are named
 // job/size/implementation; bench/ratios.sh turns a run into a ratio table.
-// A peer that was not found at configure time, and an export that the linked
-// library does not define, are left out with a message.
+// A peer that was not found at configure time is left out with a message.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -13,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "weak_exports.h"
+#include "pixmill.h"
 
 #if PIXMILL_BENCH_LIBYUV
 #include <libyuv.h>
@@ -99,13 +98,9 @@ struct Job {
     int64_t bytes;
 
     template <class Setup>
-    void add(const std::string &who, bool available, Setup setup) const
+    void add(const std::string &who, Setup setup) const
     {
         const std::string name = job + "/" + size + "/" + who;
-        if (!available) {
-            std::fprintf(stderr, "skipped %s: not defined in the linked library\n", name.c_str());
-            return;
-        }
         const int64_t n = bytes;
         benchmark::RegisterBenchmark(name.c_str(), [n, setup](benchmark::State &state) {
             auto step = setup(); // buffers live as long as this run
@@ -115,7 +110,7 @@ struct Job {
 
     void addMemcpy() const
     {
-        add("memcpy", true, [n = bytes] {
+        add("memcpy", [n = bytes] {
             auto from = std::make_shared<Bytes>(noise(n, 7));
             auto to = std::make_shared<Bytes>(size_t(n));
             return std::function<void()>([from, to] { std::memcpy(to->data(), from->data(), from->size()); });
@@ -164,20 +159,20 @@ void yuvToRgb(Size s)
 {
     const Job rgb24{"i420_to_rgb24", s.name(), s.pixels() * 3};
     rgb24.addMemcpy();
-    rgb24.add("pixmill:gEmYUV420toRGB888TopDown", defined(gEmYUV420toRGB888TopDown), [s] {
+    rgb24.add("pixmill:gEmYUV420toRGB888TopDown", [s] {
         auto out = own(Bytes(size_t(s.pixels() * 3)));
         return Step([s, out] { gEmYUV420toRGB888TopDown(&sources(s).i420.frame, out->data(), s.w, s.h, 1); });
     });
-    rgb24.add("pixmill:gYUV420toBGR24", defined(gYUV420toBGR24), [s] {
+    rgb24.add("pixmill:gYUV420toBGR24", [s] {
         auto out = own(Bytes(size_t(s.pixels() * 3)));
         return Step([s, out] { gYUV420toBGR24(&sources(s).i420.frame, out->data(), s.w * 3); });
     });
-    rgb24.add("pixmill:gYUV422HPlanartoBGR888TopDown(422)", defined(gYUV422HPlanartoBGR888TopDown), [s] {
+    rgb24.add("pixmill:gYUV422HPlanartoBGR888TopDown(422)", [s] {
         auto out = own(Bytes(size_t(s.pixels() * 3)));
         return Step([s, out] { gYUV422HPlanartoBGR888TopDown(&sources(s).i422.frame, out->data(), s.w, s.h, 1); });
     });
 #if PIXMILL_BENCH_LIBYUV
-    rgb24.add("libyuv:I420ToRAW", true, [s] {
+    rgb24.add("libyuv:I420ToRAW", [s] {
         auto out = own(Bytes(size_t(s.pixels() * 3)));
         return Step([s, out] {
             const Planes &p = sources(s).i420;
@@ -186,7 +181,7 @@ void yuvToRgb(Size s)
     });
 #endif
 #if PIXMILL_BENCH_SWSCALE
-    rgb24.add("swscale:yuv420p>rgb24", true, [s] {
+    rgb24.add("swscale:yuv420p>rgb24", [s] {
         auto out = own(Bytes(size_t(s.pixels() * 3)));
         Sws sws(s, AV_PIX_FMT_YUV420P, s, AV_PIX_FMT_RGB24);
         return Step([s, out, sws] {
@@ -200,38 +195,38 @@ void yuvToRgb(Size s)
 
     const Job rgb565{"i420_to_rgb565", s.name(), s.pixels() * 2};
     rgb565.addMemcpy();
-    rgb565.add("pixmill:gEmYUV420toRGB565TopDown", defined(gEmYUV420toRGB565TopDown), [s] {
+    rgb565.add("pixmill:gEmYUV420toRGB565TopDown", [s] {
         auto out = own(std::vector<uint16_t>(size_t(s.pixels())));
         return Step([s, out] { gEmYUV420toRGB565TopDown(&sources(s).i420.frame, out->data(), s.w, s.h, 1); });
     });
-    rgb565.add("pixmill:gYUV420toBGR565TopDown_Rotate", defined(gYUV420toBGR565TopDown_Rotate), [s] {
+    rgb565.add("pixmill:gYUV420toBGR565TopDown_Rotate", [s] {
         auto out = own(std::vector<uint16_t>(size_t(s.pixels())));
         return Step([s, out] {
             gYUV420toBGR565TopDown_Rotate(&sources(s).i420.frame, out->data(), 0, 0, uint16_t(s.w), uint16_t(s.h), 0, 0,
                                           uint16_t(s.w), uint16_t(s.h), ROTATE_NONE);
         });
     });
-    rgb565.add("pixmill:gYUV420toRGB16Rotate", defined(gYUV420toRGB16Rotate), [s] {
+    rgb565.add("pixmill:gYUV420toRGB16Rotate", [s] {
         auto out = own(std::vector<uint16_t>(size_t(s.pixels())));
         return Step([s, out] {
             gYUV420toRGB16Rotate(&sources(s).i420.frame, out->data(), s.w, s.h, 0, 0, 0, 0, s.w, s.h, ROTATE_NONE);
         });
     });
-    rgb565.add("pixmill:gYUV422toRGB16Rotate(422)", defined(gYUV422toRGB16Rotate), [s] {
+    rgb565.add("pixmill:gYUV422toRGB16Rotate(422)", [s] {
         auto out = own(std::vector<uint16_t>(size_t(s.pixels())));
         return Step([s, out] {
             gYUV422toRGB16Rotate(&sources(s).i422.frame, out->data(), s.w, s.h, 0, 0, 0, 0, s.w, s.h, ROTATE_NONE);
         });
     });
 #if PIXMILL_BENCH_LIBYUV
-    rgb565.add("libyuv:I420ToRGB565", true, [s] {
+    rgb565.add("libyuv:I420ToRGB565", [s] {
         auto out = own(Bytes(size_t(s.pixels() * 2)));
         return Step([s, out] {
             const Planes &p = sources(s).i420;
             libyuv::I420ToRGB565(p.y.data(), s.w, p.u.data(), p.cw, p.v.data(), p.cw, out->data(), s.w * 2, s.w, s.h);
         });
     });
-    rgb565.add("libyuv:I420ToRGB565Dither", true, [s] {
+    rgb565.add("libyuv:I420ToRGB565Dither", [s] {
         auto out = own(Bytes(size_t(s.pixels() * 2)));
         return Step([s, out] {
             const Planes &p = sources(s).i420;
@@ -241,7 +236,7 @@ void yuvToRgb(Size s)
     });
 #endif
 #if PIXMILL_BENCH_SWSCALE
-    rgb565.add("swscale:yuv420p>rgb565", true, [s] {
+    rgb565.add("swscale:yuv420p>rgb565", [s] {
         auto out = own(Bytes(size_t(s.pixels() * 2)));
         Sws sws(s, AV_PIX_FMT_YUV420P, s, AV_PIX_FMT_RGB565);
         return Step([s, out, sws] {
@@ -259,7 +254,7 @@ void packedToYuv(Size s)
 {
     const Job bgr{"bgr24_to_i420", s.name(), s.pixels() * 3};
     bgr.addMemcpy();
-    bgr.add("pixmill:gBGR24INTtoYUV420Planar", defined(gBGR24INTtoYUV420Planar), [s] {
+    bgr.add("pixmill:gBGR24INTtoYUV420Planar", [s] {
         auto out = own(Bytes(size_t(s.pixels() * 3 / 2)));
         return Step([s, out] {
             gBGR24INTtoYUV420Planar(sources(s).bgr24.data(), out->data(), uint32_t(s.w), uint32_t(s.h), s.w * 3);
@@ -267,7 +262,7 @@ void packedToYuv(Size s)
     });
     const Job rgb565{"rgb565_to_i420", s.name(), s.pixels() * 2};
     rgb565.addMemcpy();
-    rgb565.add("pixmill:gEmRGB565toYUV420", defined(gEmRGB565toYUV420), [s] {
+    rgb565.add("pixmill:gEmRGB565toYUV420", [s] {
         auto out = std::make_shared<Planes>(s, false);
         return Step([s, out] {
             gEmRGB565toYUV420(reinterpret_cast<const uint16_t *>(sources(s).rgb565.data()), &out->frame, uint32_t(s.w),
@@ -276,17 +271,17 @@ void packedToYuv(Size s)
     });
     const Job yuy2{"yuy2_to_i420", s.name(), s.pixels() * 2};
     yuy2.addMemcpy();
-    yuy2.add("pixmill:YUY2toYUV420", defined(YUY2toYUV420), [s] {
+    yuy2.add("pixmill:YUY2toYUV420", [s] {
         auto out = own(Bytes(size_t(s.pixels() * 3 / 2)));
         return Step([s, out] { YUY2toYUV420(sources(s).yuy2.data(), out->data(), uint32_t(s.w), uint32_t(s.h)); });
     });
-    yuy2.add("pixmill:gY1UY2VToYUV420", defined(gY1UY2VToYUV420), [s] {
+    yuy2.add("pixmill:gY1UY2VToYUV420", [s] {
         auto out = std::make_shared<Planes>(s, false);
         return Step([s, out] { gY1UY2VToYUV420(sources(s).yuy2.data(), &out->frame, uint32_t(s.w), uint32_t(s.h)); });
     });
     const Job uyvy{"uyvy_to_i420", s.name(), s.pixels() * 2};
     uyvy.addMemcpy();
-    uyvy.add("pixmill:gUY1VY2ToYUV420", defined(gUY1VY2ToYUV420), [s] {
+    uyvy.add("pixmill:gUY1VY2ToYUV420", [s] {
         auto out = std::make_shared<Planes>(s, false);
         return Step([s, out] { gUY1VY2ToYUV420(sources(s).uyvy.data(), &out->frame, uint32_t(s.w), uint32_t(s.h)); });
     });
@@ -303,7 +298,7 @@ void packedToYuv(Size s)
                     {yuy2, "libyuv:YUY2ToI420", libyuv::YUY2ToI420, &Sources::yuy2, 2},
                     {uyvy, "libyuv:UYVYToI420", libyuv::UYVYToI420, &Sources::uyvy, 2}};
     for (const auto &peer : yuvPeers)
-        peer.job.add(peer.who, true, [s, fn = peer.fn, image = peer.image, bpp = peer.bpp] {
+        peer.job.add(peer.who, [s, fn = peer.fn, image = peer.image, bpp = peer.bpp] {
             auto out = std::make_shared<Planes>(s, false);
             return Step([s, out, fn, image, bpp] {
                 fn((sources(s).*image).data(), s.w * bpp, out->y.data(), s.w, out->u.data(), out->cw, out->v.data(),
@@ -323,7 +318,7 @@ void packedToYuv(Size s)
                     {yuy2, "swscale:yuyv422>yuv420p", AV_PIX_FMT_YUYV422, &Sources::yuy2, 2},
                     {uyvy, "swscale:uyvy422>yuv420p", AV_PIX_FMT_UYVY422, &Sources::uyvy, 2}};
     for (const auto &peer : swsPeers)
-        peer.job.add(peer.who, true, [s, format = peer.format, image = peer.image, bpp = peer.bpp] {
+        peer.job.add(peer.who, [s, format = peer.format, image = peer.image, bpp = peer.bpp] {
             auto out = std::make_shared<Planes>(s, false);
             Sws sws(s, format, s, AV_PIX_FMT_YUV420P);
             return Step([s, out, sws, image, bpp] {
@@ -344,12 +339,12 @@ void rotate(Size s)
         const Job job{quarter == 1 ? "i420_rotate90" : "i420_rotate180", s.name(), in.bytes()};
         job.addMemcpy();
         const Size turned = quarter == 1 ? Size{s.h, s.w} : s;
-        job.add("pixmill:gRotateFrame", defined(gRotateFrame), [s, turned, quarter] {
+        job.add("pixmill:gRotateFrame", [s, turned, quarter] {
             auto out = std::make_shared<Planes>(turned, false);
             return Step([s, out, quarter] { gRotateFrame(&sources(s).i420.frame, &out->frame, Rotation(quarter)); });
         });
 #if PIXMILL_BENCH_LIBYUV
-        job.add("libyuv:I420Rotate", true, [s, turned, quarter] {
+        job.add("libyuv:I420Rotate", [s, turned, quarter] {
             auto out = std::make_shared<Planes>(turned, false);
             return Step([s, out, quarter] {
                 const Planes &p = sources(s).i420;
@@ -372,12 +367,12 @@ void scale(const char *name, Size from, Size to, std::initializer_list<std::pair
                   std::max(from.pixels(), to.pixels()) * 3 / 2};
     job.addMemcpy();
     for (const auto &scaler : scalers)
-        job.add(std::string("pixmill:") + scaler.first, bool(scaler.second), [from, to, fn = scaler.second] {
+        job.add(std::string("pixmill:") + scaler.first, [from, to, fn = scaler.second] {
             auto out = std::make_shared<Planes>(to, false);
             return Step([from, out, fn] { fn(&sources(from).i420.frame, &out->frame); });
         });
 #if PIXMILL_BENCH_LIBYUV
-    job.add("libyuv:I420Scale(bilinear)", true, [from, to] {
+    job.add("libyuv:I420Scale(bilinear)", [from, to] {
         auto out = std::make_shared<Planes>(to, false);
         return Step([from, out] {
             const Planes &p = sources(from).i420;
@@ -388,7 +383,7 @@ void scale(const char *name, Size from, Size to, std::initializer_list<std::pair
     });
 #endif
 #if PIXMILL_BENCH_SWSCALE
-    job.add("swscale:bilinear", true, [from, to] {
+    job.add("swscale:bilinear", [from, to] {
         auto out = std::make_shared<Planes>(to, false);
         Sws sws(from, AV_PIX_FMT_YUV420P, to, AV_PIX_FMT_YUV420P);
         return Step([from, out, sws] {
@@ -399,32 +394,23 @@ void scale(const char *name, Size from, Size to, std::initializer_list<std::pair
 #endif
 }
 
-// An export of the fixed-ratio family as a FrameScaler, empty if missing.
+// An export of the fixed-ratio family as a FrameScaler.
 using CroppedScale = void (*)(const Frame *, Frame *, uint32_t, uint32_t, uint32_t, uint32_t);
 FrameScaler fixed(CroppedScale fn)
 {
-    if (!defined(fn))
-        return nullptr;
     return [fn](const Frame *in, Frame *out) { fn(in, out, 0, 0, in->width, in->height); };
-}
-
-FrameScaler anyRatio(void (*fn)(const Frame *, Frame *))
-{
-    if (!defined(fn))
-        return nullptr;
-    return fn;
 }
 
 void scaling()
 {
-    scale("i420_scale", {1920, 1080}, {1280, 720}, {{"gScaleFrame", anyRatio(gScaleFrame)}});
+    scale("i420_scale", {1920, 1080}, {1280, 720}, {{"gScaleFrame", gScaleFrame}});
     scale("i420_scale", {640, 480}, {1280, 960},
-          {{"gScaleFrame", anyRatio(gScaleFrame)}, {"gScaleCroppedFrame_upby2", fixed(gScaleCroppedFrame_upby2)}});
+          {{"gScaleFrame", gScaleFrame}, {"gScaleCroppedFrame_upby2", fixed(gScaleCroppedFrame_upby2)}});
     for (Size s : kSizes)
         scale("i420_half", s, {s.w / 2, s.h / 2},
-              {{"gScaleCroppedFrame_downby2", fixed(gScaleCroppedFrame_downby2)}, {"gScaleFrame", anyRatio(gScaleFrame)}});
+              {{"gScaleCroppedFrame_downby2", fixed(gScaleCroppedFrame_downby2)}, {"gScaleFrame", gScaleFrame}});
     scale("i420_three_quarters", {1920, 1080}, {1440, 810},
-          {{"gScaleCroppedFrame_downto3by3", fixed(gScaleCroppedFrame_downto3by3)}, {"gScaleFrame", anyRatio(gScaleFrame)}});
+          {{"gScaleCroppedFrame_downto3by3", fixed(gScaleCroppedFrame_downto3by3)}, {"gScaleFrame", gScaleFrame}});
 
     // RGB565 images: swscale is the only peer with a 16-bit scaler.
     const std::pair<Size, Size> rgbCases[] = {{{1920, 1080}, {1280, 720}}, {{640, 480}, {1280, 960}}};
@@ -432,7 +418,7 @@ void scaling()
         const Size from = c.first, to = c.second;
         const Job job{"rgb565_scale", from.name() + "-" + to.name(), std::max(from.pixels(), to.pixels()) * 2};
         job.addMemcpy();
-        job.add("pixmill:gScaleRGB565Frame", defined(gScaleRGB565Frame), [from, to] {
+        job.add("pixmill:gScaleRGB565Frame", [from, to] {
             auto out = own(std::vector<uint16_t>(size_t(to.pixels())));
             return Step([from, to, out] {
                 gScaleRGB565Frame(reinterpret_cast<const uint16_t *>(sources(from).rgb565.data()), out->data(), from.w,
@@ -440,7 +426,7 @@ void scaling()
             });
         });
 #if PIXMILL_BENCH_SWSCALE
-        job.add("swscale:bilinear", true, [from, to] {
+        job.add("swscale:bilinear", [from, to] {
             auto out = own(Bytes(size_t(to.pixels() * 2)));
             Sws sws(from, AV_PIX_FMT_RGB565, to, AV_PIX_FMT_RGB565);
             return Step([from, to, out, sws] {
