@@ -6,8 +6,7 @@
 //
 //   using Out;                        target unit (uint8_t or uint16_t)
 //   static constexpr int32_t kUnits;  units per pixel
-//   static constexpr bool kChromaPerRow;  4:2:2 (each row its own chroma) or 4:2:0
-//   static ChromaTerms terms(u, v);
+//   kChromaPerRow and terms(u, v)     from ChromaOf<form, coefficients, 4:2:2?>
 //   template <int row, int col> static void put(Out *p, int32_t luma, const ChromaTerms &t);
 //
 // `row` and `col` are the parities of the pixel in the source.
@@ -82,6 +81,14 @@ PIXMILL_INLINE void walkBlocks(const Frame &f, typename P::Out *dst, int32_t w, 
     if ((h & 1) && eh > 0)
         std::memcpy(rowOut, rowOut - rowStep, static_cast<size_t>(w) * U * sizeof(Out));
 }
+
+// The chroma half of a pixel policy: coefficient set, term form, and whether
+// each source row has chroma of its own (4:2:2) or a row pair shares it (4:2:0).
+template <Terms form, const Coeffs &k, bool perRow>
+struct ChromaOf {
+    static constexpr bool kChromaPerRow = perRow;
+    static PIXMILL_INLINE ChromaTerms terms(int32_t u, int32_t v) { return chromaTerms<form>(k, u, v); }
+};
 
 // Stores of one pixel in the target's byte order.
 PIXMILL_INLINE void storeRgb(uint8_t *p, const Rgb &px)

@@ -6,14 +6,9 @@
 namespace pixmill {
 namespace {
 
-struct Bgr24From420 {
+struct Bgr24From420 : ChromaOf<Terms::Rounding, Coeff709, false> {
     using Out = uint8_t;
     static constexpr int32_t kUnits = 3;
-    static constexpr bool kChromaPerRow = false;
-    static PIXMILL_INLINE ChromaTerms terms(int32_t u, int32_t v)
-    {
-        return chromaTerms<Terms::Rounding>(Coeff709, u, v);
-    }
     template <int row, int col>
     static PIXMILL_INLINE void put(uint8_t *p, int32_t luma, const ChromaTerms &t)
     {

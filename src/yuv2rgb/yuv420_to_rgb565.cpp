@@ -4,14 +4,9 @@
 namespace pixmill {
 namespace {
 
-struct Rgb565From420 {
+struct Rgb565From420 : ChromaOf<Terms::Truncating, Coeff601, false> {
     using Out = uint16_t;
     static constexpr int32_t kUnits = 1;
-    static constexpr bool kChromaPerRow = false;
-    static PIXMILL_INLINE ChromaTerms terms(int32_t u, int32_t v)
-    {
-        return chromaTerms<Terms::Truncating>(Coeff601, u, v);
-    }
     template <int row, int col>
     static PIXMILL_INLINE void put(uint16_t *p, int32_t luma, const ChromaTerms &t)
     {

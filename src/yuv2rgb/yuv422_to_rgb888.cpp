@@ -7,14 +7,9 @@
 namespace pixmill {
 namespace {
 
-struct Bgr888From422 {
+struct Bgr888From422 : ChromaOf<Terms::Truncating, Coeff601, true> {
     using Out = uint8_t;
     static constexpr int32_t kUnits = 3;
-    static constexpr bool kChromaPerRow = true;
-    static PIXMILL_INLINE ChromaTerms terms(int32_t u, int32_t v)
-    {
-        return chromaTerms<Terms::Truncating>(Coeff601, u, v);
-    }
     template <int row, int col>
     static PIXMILL_INLINE void put(uint8_t *p, int32_t luma, const ChromaTerms &t)
     {
