@@ -25,12 +25,12 @@ void turnPairs(const Frame &src, const Frame &dst)
     const ptrdiff_t h = src.height;
     if (((w | h) & 1) != 0 || w == 0 || h == 0)
         return;
-    const Placement luma = placePlane<R>(w, h);
+    const TurnSteps luma = turnPlane<R>(w, h);
     const ptrdiff_t lumaStep = 2 * luma.col;
     const ptrdiff_t lumaDiagonal = luma.row + luma.col;
     // 4:2:2 chroma is placed as a plane w wide, each sample covering two
     // columns, with one row for each pair of source rows.
-    const Placement chroma = C == Chroma::Doubled422 ? placePlane<R>(w, h >> 1) : placePlane<R>(w >> 1, h >> 1);
+    const TurnSteps chroma = C == Chroma::Doubled422 ? turnPlane<R>(w, h >> 1) : turnPlane<R>(w >> 1, h >> 1);
     const ptrdiff_t chromaStep = C == Chroma::Doubled422 ? 2 * chroma.col : chroma.col;
     const ptrdiff_t chromaSkip = C == Chroma::Doubled422 ? w >> 1 : 0;
 
@@ -92,9 +92,9 @@ void gRotate422FrameBy180(const Frame &src, const Frame &dst)
     const ptrdiff_t h = src.height;
     if ((w & 1) != 0 || w == 0 || h == 0)
         return;
-    uint8_t *yd = dst.y + placePlane<ROTATE_180>(w, h).start;
-    uint8_t *ud = dst.u + placePlane<ROTATE_180>(w >> 1, h).start;
-    uint8_t *vd = dst.v + placePlane<ROTATE_180>(w >> 1, h).start;
+    uint8_t *yd = dst.y + turnPlane<ROTATE_180>(w, h).start;
+    uint8_t *ud = dst.u + turnPlane<ROTATE_180>(w >> 1, h).start;
+    uint8_t *vd = dst.v + turnPlane<ROTATE_180>(w >> 1, h).start;
     const uint8_t *ys = src.y;
     const uint8_t *us = src.u;
     const uint8_t *vs = src.v;

@@ -46,7 +46,7 @@ int32_t rotateRGB16(const uint16_t *source, uint16_t *destination, int32_t sourc
     const Rect k = clampRect<R>(sourceWidth, sourceHeight, srcX, srcY, srcW, srcH, dstX, dstY, dstW, dstH);
     if (k.cw <= 0 || k.ch <= 0)
         return 0;
-    const Placement to = place<R>(k.cw, k.ch, 1, dstW);
+    const TurnSteps to = turnSteps<R>(k.cw, k.ch, 1, dstW);
     const ptrdiff_t blockStep = 8 * to.col;
     const int32_t blocks = k.cw >> 3;
     const int32_t rest = k.cw & 7;
@@ -103,7 +103,7 @@ int32_t rotateRGB16toBGR24(const uint16_t *source, uint8_t *destination, int32_t
     const Rect k = clampRect<R>(sourceWidth, sourceHeight, srcX, srcY, srcW, srcH, dstX, dstY, dstW, dstH);
     if (k.cw <= 0 || k.ch <= 0)
         return 0;
-    const Placement to = place<R>(k.cw, k.ch, 3, dstStride);
+    const TurnSteps to = turnSteps<R>(k.cw, k.ch, 3, dstStride);
     const uint16_t *row = source + ptrdiff_t{sourceWidth} * k.srcY + k.srcX;
     uint8_t *rowOut = destination + ptrdiff_t{dstStride} * k.dstY + 3 * ptrdiff_t{k.dstX} + to.start;
     for (int32_t j = 0; j < k.ch; ++j, row += sourceWidth, rowOut += to.row) {

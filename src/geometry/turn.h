@@ -1,4 +1,4 @@
-// Placement of a turned image: where each pixel of a w x h source lands in
+// Steps of a turned image: where each pixel of a w x h source lands in
 // the destination, as a start offset and two constant steps, so that a
 // worker walks the destination with running pointers and no products.
 #ifndef PIXMILL_TURN_H
@@ -12,7 +12,7 @@
 namespace pixmill {
 
 // Source pixel (i, j) lands at start + i * col + j * row.
-struct Placement {
+struct TurnSteps {
     ptrdiff_t start;
     ptrdiff_t col;
     ptrdiff_t row;
@@ -23,7 +23,7 @@ struct Placement {
 // turned image's top-left corner at offset 0:
 //   ROTATE_NONE (i, j)   ROTATE_90 (h-1-j, i)   ROTATE_180 (w-1-i, h-1-j)   ROTATE_270 (j, w-1-i)
 template <uint32_t R>
-constexpr Placement place(ptrdiff_t w, ptrdiff_t h, ptrdiff_t unit, ptrdiff_t stride)
+constexpr TurnSteps turnSteps(ptrdiff_t w, ptrdiff_t h, ptrdiff_t unit, ptrdiff_t stride)
 {
     static_assert(R <= ROTATE_270, "rotation code");
     if (R == ROTATE_90)
@@ -38,9 +38,9 @@ constexpr Placement place(ptrdiff_t w, ptrdiff_t h, ptrdiff_t unit, ptrdiff_t st
 // The same for a whole packed plane of bytes: the destination is h wide after
 // a quarter turn, w wide otherwise.
 template <uint32_t R>
-constexpr Placement placePlane(ptrdiff_t w, ptrdiff_t h)
+constexpr TurnSteps turnPlane(ptrdiff_t w, ptrdiff_t h)
 {
-    return place<R>(w, h, 1, isQuarterTurn(R) ? h : w);
+    return turnSteps<R>(w, h, 1, isQuarterTurn(R) ? h : w);
 }
 
 } // namespace pixmill
