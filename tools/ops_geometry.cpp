@@ -141,7 +141,7 @@ void addGeometryOps(std::vector<OpSpec> &ops)
     ops.push_back({"gMirrorImageYUV", "mirror", Fmt::Yuv420p, Fmt::Yuv420p, 0, "", kUseMirror,
                    "flips a 4:2:0 frame, into a copy or --in-place", planMirror, runMirrorYuv});
     ops.push_back({"gMirrorImageYUV", "mirror", Fmt::Yuv422p, Fmt::Yuv422p, 0, "", kUseMirror,
-                   "chroma layout 1 (4:2:2 planar): luma flipped, chroma rows paired as the library does",
+                   "flips a 4:2:2 planar frame (chroma layout 1: chroma flipped as a plane of full height)",
                    planMirror, runMirrorYuv});
 }
 
