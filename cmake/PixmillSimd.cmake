@@ -19,8 +19,10 @@ if(NOT PIXMILL_SIMD)
   return()
 endif()
 
-# Targets not worth their compile time: SSSE3 (SSE4 covers every x86-64 CPU
-# that has it in practice) and AVX3_DL (no kernel uses its extra instructions).
+# Dynamic dispatch leaves out targets not worth their compile time: SSSE3
+# (SSE4 covers every x86-64 CPU that has it in practice) and AVX3_DL (no
+# kernel uses its extra instructions). A static build keeps whatever target
+# its flags give.
 set(PIXMILL_HWY_DISABLED "HWY_DISABLED_TARGETS=(HWY_SSSE3|HWY_AVX3_DL)")
 
 if(NOT CMAKE_CROSSCOMPILING)
@@ -46,6 +48,6 @@ else()
   file(MAKE_DIRECTORY ${shim})
   file(CREATE_LINK ${PIXMILL_HWY_INCLUDE_DIR}/hwy ${shim}/hwy SYMBOLIC)
   target_include_directories(pixmill_simd SYSTEM INTERFACE $<BUILD_INTERFACE:${shim}>)
-  target_compile_definitions(pixmill_simd INTERFACE PIXMILL_SIMD=1 HWY_COMPILE_ONLY_STATIC=1 ${PIXMILL_HWY_DISABLED})
+  target_compile_definitions(pixmill_simd INTERFACE PIXMILL_SIMD=1 HWY_COMPILE_ONLY_STATIC=1)
   message(STATUS "pixmill: vector fast paths with Highway's headers, static target only")
 endif()
