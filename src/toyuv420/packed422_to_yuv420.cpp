@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "frame/platform.h"
+#include "toyuv420/kernels.h"
 
 namespace pixmill {
 namespace {
@@ -36,11 +37,24 @@ struct Group {
 enum Take { Luma = 1, Chroma = 2, LumaAndChroma = 3 };
 
 // Walks `groups` groups, sending lumas to `y` and the first and second chroma
-// byte to `c0` and `c1`, as `take` says; every pointer used advances.
+// byte to `c0` and `c1`, as `take` says; every pointer used advances. The
+// kernels `k`, if any, take the leading groups.
 template <class Order, int take>
-PIXMILL_INLINE void copyGroups(const uint8_t *&src, uint8_t *&y, uint8_t *&c0, uint8_t *&c1, size_t groups)
+PIXMILL_INLINE void copyGroups(const uint8_t *&src, uint8_t *&y, uint8_t *&c0, uint8_t *&c1, size_t groups,
+                               const ToYuv420Kernels *k)
 {
-    for (size_t i = 0; i < groups; ++i) {
+    size_t i = 0;
+    if (k != nullptr) {
+        i = (Order::luma0 == 0 ? k->y0uy1v : k->uy0vy1)[take - 1](src, y, c0, c1, groups);
+        src += 4 * i;
+        if constexpr ((take & Luma) != 0)
+            y += 2 * i;
+        if constexpr ((take & Chroma) != 0) {
+            c0 += i;
+            c1 += i;
+        }
+    }
+    for (; i < groups; ++i) {
         const Group g(src);
         if constexpr ((take & Luma) != 0) {
             y[0] = g.byte<Order::luma0>();
@@ -70,14 +84,15 @@ PIXMILL_INLINE int32_t unpackToFrame(const uint8_t *source, Frame *frame, uint8_
         return 0;
     const uint8_t *src = source;
     uint8_t *y = frame->y;
-    copyGroups<Order, Luma>(src, y, c0, c1, size_t(width) * height / 2);
+    const ToYuv420Kernels *k = toYuv420Kernels();
+    copyGroups<Order, Luma>(src, y, c0, c1, size_t(width) * height / 2, k);
 
     // Each pass reads one even row and steps over the odd row after it.
     const size_t groups = width / 2;
     const size_t rowBytes = 2 * size_t(width);
     src = source;
     for (uint32_t evenRows = height - height / 2; evenRows > 0; --evenRows) {
-        copyGroups<Order, Chroma>(src, y, c0, c1, groups);
+        copyGroups<Order, Chroma>(src, y, c0, c1, groups, k);
         src += rowBytes;
     }
     return 0;
@@ -123,8 +138,9 @@ extern "C" PIXMILL_API void YUY2toYUV420(const uint8_t *source, uint8_t *destina
     uint8_t *y = destination;
     uint8_t *c0 = destination + lumaSize;
     uint8_t *c1 = c0 + lumaSize / 4;
+    const ToYuv420Kernels *k = toYuv420Kernels();
     for (uint32_t pair = 0; pair < height / 2; ++pair) {
-        copyGroups<Y0UY1V, LumaAndChroma>(source, y, c0, c1, groups);
-        copyGroups<Y0UY1V, Luma>(source, y, c0, c1, groups);
+        copyGroups<Y0UY1V, LumaAndChroma>(source, y, c0, c1, groups, k);
+        copyGroups<Y0UY1V, Luma>(source, y, c0, c1, groups, k);
     }
 }

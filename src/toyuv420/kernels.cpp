@@ -1,0 +1,225 @@
+// Vector kernels of the conversions into planar 4:2:0, one set per target.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "toyuv420/kernels.cpp"
+#include "frame/simd.h"
+#include "toyuv420/kernels.h"
+
+#if PIXMILL_SIMD
+HWY_BEFORE_NAMESPACE();
+namespace pixmill::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+#if HWY_TARGET != HWY_SCALAR
+using D8 = hn::ScalableTag<uint8_t>;
+using D16 = hn::ScalableTag<uint16_t>;
+using D32 = hn::ScalableTag<int32_t>;
+using DU32 = hn::ScalableTag<uint32_t>;
+using V8 = hn::Vec<D8>;
+using V16 = hn::Vec<D16>;
+using V32 = hn::Vec<D32>;
+using VU32 = hn::Vec<DU32>;
+
+// Low halves of the 32-bit lanes of lo, then of hi, as 16-bit lanes.
+HWY_INLINE V16 narrow32(V32 hi, V32 lo) { return hn::ConcatEven(D16(), hn::BitCast(D16(), hi), hn::BitCast(D16(), lo)); }
+
+// Low bytes of the 16-bit lanes of lo, then of hi.
+HWY_INLINE V8 narrow16(V16 hi, V16 lo) { return hn::ConcatEven(D8(), hn::BitCast(D8(), hi), hn::BitCast(D8(), lo)); }
+
+// Stores the first half of `both` at `first` and the second half at `second`.
+HWY_INLINE void storeHalves(V8 both, uint8_t *first, uint8_t *second)
+{
+    const hn::Half<D8> dh;
+    hn::StoreU(hn::LowerHalf(dh, both), dh, first);
+    hn::StoreU(hn::UpperHalf(dh, both), dh, second);
+}
+
+// ---- RGB565 -----------------------------------------------------------------
+// The colour tables are linear (entry i = i * step), so a sum of three table
+// entries is the same sum of three products. One pixel per 32-bit lane.
+
+// stepR * r + stepG * g + stepB * b of a zero-extended RGB565 word.
+HWY_INLINE V32 rgb565Sum(VU32 px, int32_t stepR, int32_t stepG, int32_t stepB)
+{
+    const DU32 du;
+    const D32 d;
+    const V32 r = hn::BitCast(d, hn::ShiftRight<11>(px));
+    const V32 g = hn::BitCast(d, hn::And(hn::ShiftRight<5>(px), hn::Set(du, 63)));
+    const V32 b = hn::BitCast(d, hn::And(px, hn::Set(du, 31)));
+    return hn::Add(hn::Add(hn::Mul(r, hn::Set(d, stepR)), hn::Mul(g, hn::Set(d, stepG))),
+                   hn::Mul(b, hn::Set(d, stepB)));
+}
+
+HWY_INLINE V32 rgb565Luma(VU32 px)
+{
+    return hn::Add(hn::Set(D32(), 16), hn::ShiftRight<14>(rgb565Sum(px, 23840, 40092, 8096)));
+}
+
+// Luma of 2 * Lanes(D16) pixels, as many bytes.
+HWY_INLINE void rgb565LumaRow(const uint16_t *px, uint8_t *y)
+{
+    const D16 d16;
+    const DU32 du;
+    const VU32 mask = hn::Set(du, 0xFFFF);
+    V32 pairs[2];
+    for (size_t k = 0; k < 2; ++k) {
+        // A 32-bit lane holds a pixel pair: the first in its low half.
+        const VU32 pair = hn::BitCast(du, hn::LoadU(d16, px + k * hn::Lanes(d16)));
+        pairs[k] = hn::Or(rgb565Luma(hn::And(pair, mask)), hn::ShiftLeft<8>(rgb565Luma(hn::ShiftRight<16>(pair))));
+    }
+    hn::StoreU(hn::BitCast(D8(), narrow32(pairs[1], pairs[0])), D8(), y);
+}
+
+size_t rgb565Blocks(const uint16_t *first, const uint16_t *second, uint8_t *lower, uint8_t *upper, uint8_t *u,
+                    uint8_t *v, size_t blocks)
+{
+    const D16 d16;
+    const DU32 du;
+    const size_t N = hn::Lanes(d16); // blocks per step: two vectors of pixels a row
+    const VU32 mask = hn::Set(du, 0xFFFF);
+    const V32 mid = hn::Set(D32(), 128);
+    size_t i = 0;
+    for (; i + N <= blocks; i += N) {
+        rgb565LumaRow(first + 2 * i, lower + 2 * i);
+        rgb565LumaRow(second + 2 * i, upper + 2 * i);
+        // Chroma from the first pixel of each block: the low half of a lane.
+        V32 us[2], vs[2];
+        for (size_t k = 0; k < 2; ++k) {
+            const VU32 px = hn::And(hn::BitCast(du, hn::LoadU(d16, first + 2 * i + k * N)), mask);
+            us[k] = hn::Add(mid, hn::ShiftRight<14>(rgb565Sum(px, -13184, -22116, 57344)));
+            vs[k] = hn::Add(mid, hn::ShiftRight<14>(rgb565Sum(px, 57344, -26028, -5272)));
+        }
+        storeHalves(narrow16(narrow32(vs[1], vs[0]), narrow32(us[1], us[0])), u + i, v + i);
+    }
+    return i;
+}
+
+// ---- B,G,R bytes ------------------------------------------------------------
+// Luma in 16-bit lanes: with each Q16 weight split as 256 * high + low, the
+// sum is 256 * A + B for A = 76 r + 150 g + 29 b and B = 139 r + 70 g + 47 b,
+// both at most 65280 for bytes, and (256 * A + B) >> 16 equals
+// (A + (B >> 8)) >> 8, since B's low byte cannot carry into bit 16.
+HWY_INLINE V16 bgrLuma(V16 b, V16 g, V16 r)
+{
+    const D16 d;
+    const V16 a = hn::Add(hn::Add(hn::Mul(r, hn::Set(d, 76)), hn::Mul(g, hn::Set(d, 150))), hn::Mul(b, hn::Set(d, 29)));
+    const V16 lo = hn::Add(hn::Add(hn::Mul(r, hn::Set(d, 139)), hn::Mul(g, hn::Set(d, 70))), hn::Mul(b, hn::Set(d, 47)));
+    return hn::ShiftRight<8>(hn::Add(a, hn::ShiftRight<8>(lo)));
+}
+
+// Channel sums of the horizontal pixel pairs of one row, one pair per
+// 16-bit lane.
+struct PairSums {
+    V16 b, g, r;
+};
+
+// Luma of Lanes(D8) pixels of one row, stored at y; returns the row's
+// pair sums.
+HWY_INLINE PairSums bgrRow(const uint8_t *px, uint8_t *y)
+{
+    const D8 d8;
+    const D16 d16;
+    V8 b8, g8, r8;
+    hn::LoadInterleaved3(d8, px, b8, g8, r8);
+    // A 16-bit lane holds a pixel pair: the first in its low byte.
+    const V16 lowByte = hn::Set(d16, 0xFF);
+    const V16 b = hn::BitCast(d16, b8), g = hn::BitCast(d16, g8), r = hn::BitCast(d16, r8);
+    const V16 b0 = hn::And(b, lowByte), g0 = hn::And(g, lowByte), r0 = hn::And(r, lowByte);
+    const V16 b1 = hn::ShiftRight<8>(b), g1 = hn::ShiftRight<8>(g), r1 = hn::ShiftRight<8>(r);
+    const V16 luma = hn::Or(bgrLuma(b0, g0, r0), hn::ShiftLeft<8>(bgrLuma(b1, g1, r1)));
+    hn::StoreU(hn::BitCast(d8, luma), d8, y);
+    return {hn::Add(b0, b1), hn::Add(g0, g1), hn::Add(r0, r1)};
+}
+
+// 128 + ((wb * SB + wg * SG + wr * SR) >> 18) for block sums of at most
+// 1020, in 32-bit lanes, for the lanes of one half of the 16-bit sums.
+HWY_INLINE V32 bgrChroma(V32 sb, V32 sg, V32 sr, int32_t wb, int32_t wg, int32_t wr)
+{
+    const D32 d;
+    const V32 sum = hn::Add(hn::Add(hn::Mul(sb, hn::Set(d, wb)), hn::Mul(sg, hn::Set(d, wg))),
+                            hn::Mul(sr, hn::Set(d, wr)));
+    return hn::Add(hn::Set(d, 128), hn::ShiftRight<18>(sum));
+}
+
+size_t bgr24Blocks(const uint8_t *top, const uint8_t *bottom, uint8_t *yTop, uint8_t *yBottom, uint8_t *u,
+                   uint8_t *v, size_t blocks)
+{
+    const D16 d16;
+    const hn::Half<D16> dh16;
+    const D32 d32;
+    const size_t N = hn::Lanes(d16); // blocks per step: Lanes(D8) pixels a row
+    size_t i = 0;
+    for (; i + N <= blocks; i += N) {
+        const PairSums t = bgrRow(top + 6 * i, yTop + 2 * i);
+        const PairSums s = bgrRow(bottom + 6 * i, yBottom + 2 * i);
+        const V16 sb = hn::Add(t.b, s.b), sg = hn::Add(t.g, s.g), sr = hn::Add(t.r, s.r);
+        V32 us[2], vs[2];
+        for (size_t k = 0; k < 2; ++k) {
+            const auto half = [&](V16 x) {
+                return hn::PromoteTo(d32, k ? hn::UpperHalf(dh16, x) : hn::LowerHalf(dh16, x));
+            };
+            const V32 b = half(sb), g = half(sg), r = half(sr);
+            us[k] = bgrChroma(b, g, r, 32767, -21709, -11059);
+            vs[k] = bgrChroma(b, g, r, -5329, -27439, 32767);
+        }
+        storeHalves(narrow16(narrow32(vs[1], vs[0]), narrow32(us[1], us[0])), u + i, v + i);
+    }
+    return i;
+}
+
+// ---- Packed 4:2:2 -----------------------------------------------------------
+// Groups of four bytes, two pixels: the lumas at the even offsets (Y0 U Y1 V)
+// when `lumaOdd` is false, else at the odd ones (U Y0 V Y1); the chroma bytes
+// at the others.
+template <bool lumaOdd, ToYuv420Kernels::Unpack take>
+size_t unpackGroups(const uint8_t *src, uint8_t *y, uint8_t *c0, uint8_t *c1, size_t groups)
+{
+    const D8 d;
+    const size_t N = hn::Lanes(d); // groups per step: four vectors in
+    const auto lumas = [&](V8 hi, V8 lo) { return lumaOdd ? hn::ConcatOdd(d, hi, lo) : hn::ConcatEven(d, hi, lo); };
+    const auto chromas = [&](V8 hi, V8 lo) { return lumaOdd ? hn::ConcatEven(d, hi, lo) : hn::ConcatOdd(d, hi, lo); };
+    size_t i = 0;
+    for (; i + N <= groups; i += N) {
+        const uint8_t *s = src + 4 * i;
+        const V8 a = hn::LoadU(d, s), b = hn::LoadU(d, s + N), c = hn::LoadU(d, s + 2 * N),
+                 e = hn::LoadU(d, s + 3 * N);
+        if (take != ToYuv420Kernels::Chroma) {
+            hn::StoreU(lumas(b, a), d, y + 2 * i);
+            hn::StoreU(lumas(e, c), d, y + 2 * i + N);
+        }
+        if (take != ToYuv420Kernels::Luma) {
+            const V8 lo = chromas(b, a), hi = chromas(e, c); // c0 c1 c0 c1 ...
+            hn::StoreU(hn::ConcatEven(d, hi, lo), d, c0 + i);
+            hn::StoreU(hn::ConcatOdd(d, hi, lo), d, c1 + i);
+        }
+    }
+    return i;
+}
+
+#else
+// One lane a vector gains nothing: the plain walkers do all the work.
+size_t rgb565Blocks(const uint16_t *, const uint16_t *, uint8_t *, uint8_t *, uint8_t *, uint8_t *, size_t) { return 0; }
+size_t bgr24Blocks(const uint8_t *, const uint8_t *, uint8_t *, uint8_t *, uint8_t *, uint8_t *, size_t) { return 0; }
+template <bool, ToYuv420Kernels::Unpack>
+size_t unpackGroups(const uint8_t *, uint8_t *, uint8_t *, uint8_t *, size_t)
+{
+    return 0;
+}
+#endif
+
+constexpr ToYuv420Kernels kToYuv420{
+    &rgb565Blocks,
+    &bgr24Blocks,
+    {&unpackGroups<false, ToYuv420Kernels::Luma>, &unpackGroups<false, ToYuv420Kernels::Chroma>,
+     &unpackGroups<false, ToYuv420Kernels::LumaAndChroma>},
+    {&unpackGroups<true, ToYuv420Kernels::Luma>, &unpackGroups<true, ToYuv420Kernels::Chroma>,
+     &unpackGroups<true, ToYuv420Kernels::LumaAndChroma>}};
+
+} // namespace pixmill::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+#endif
+
+#if PIXMILL_KERNELS_ONCE
+namespace pixmill {
+PIXMILL_KERNEL_SET(ToYuv420Kernels, kToYuv420, toYuv420Kernels)
+} // namespace pixmill
+#endif
