@@ -33,6 +33,10 @@ void packedToYuv(Size s)
         auto out = std::make_shared<Planes>(s, false);
         return Step([s, out] { gY1UY2VToYUV420(sources(s).yuy2.data(), &out->frame, uint32_t(s.w), uint32_t(s.h)); });
     });
+    yuy2.add("pixmill:gY1UY2VToYV12", [s] {
+        auto out = std::make_shared<Planes>(s, false);
+        return Step([s, out] { gY1UY2VToYV12(sources(s).yuy2.data(), &out->frame, uint32_t(s.w), uint32_t(s.h)); });
+    });
     const Job uyvy{"uyvy_to_i420", s.name(), s.pixels() * 2};
     uyvy.addMemcpy();
     uyvy.add("pixmill:gUY1VY2ToYUV420", [s] {
