@@ -3,6 +3,7 @@
 #define HWY_TARGET_INCLUDE "toyuv420/kernels.cpp"
 #include "frame/simd.h"
 #include "toyuv420/kernels.h"
+#include "toyuv420/rgb565_tables.h"
 
 #if PIXMILL_SIMD
 HWY_BEFORE_NAMESPACE();
@@ -19,6 +20,19 @@ using V16 = hn::Vec<D16>;
 using V32 = hn::Vec<D32>;
 using VU32 = hn::Vec<DU32>;
 
+// v * c for a constant c, as one multiplication. Left to itself, GCC turns a
+// multiplication by a known constant into shifts and additions, several
+// instructions where one would do; an empty asm hides the constant's value.
+template <class V, typename T>
+HWY_INLINE V mulConst(V v, T c)
+{
+    auto factor = hn::Set(hn::DFromV<V>(), c);
+#if defined(__GNUC__) && HWY_ARCH_X86
+    asm("" : "+v"(factor.raw));
+#endif
+    return hn::Mul(v, factor);
+}
+
 // Low halves of the 32-bit lanes of lo, then of hi, as 16-bit lanes.
 HWY_INLINE V16 narrow32(V32 hi, V32 lo) { return hn::ConcatEven(D16(), hn::BitCast(D16(), hi), hn::BitCast(D16(), lo)); }
 
@@ -34,61 +48,96 @@ HWY_INLINE void storeHalves(V8 both, uint8_t *first, uint8_t *second)
 }
 
 // ---- RGB565 -----------------------------------------------------------------
-// The colour tables are linear (entry i = i * step), so a sum of three table
-// entries is the same sum of three products. One pixel per 32-bit lane.
+// The colour tables are linear (entry i = i * step), so an output is
+// base + (step_r * r + step_g * g + step_b * b) >> 14. Every step is a
+// multiple of 4; written as 4 * (64 * a + b) with 0 <= b < 64, the sum is
+// 4 * (64 * A + B) for A = a_r * r + a_g * g + a_b * b and B likewise, so
+// that the output is base + ((A + (B >> 6)) >> 6): |A| <= 13672 and
+// 0 <= B <= 7875 fit signed 16-bit lanes, and the two shifts floor like the
+// one shift of the plain code.
 
-// stepR * r + stepG * g + stepB * b of a zero-extended RGB565 word.
-HWY_INLINE V32 rgb565Sum(VU32 px, int32_t stepR, int32_t stepG, int32_t stepB)
-{
-    const DU32 du;
-    const D32 d;
-    const V32 r = hn::BitCast(d, hn::ShiftRight<11>(px));
-    const V32 g = hn::BitCast(d, hn::And(hn::ShiftRight<5>(px), hn::Set(du, 63)));
-    const V32 b = hn::BitCast(d, hn::And(px, hn::Set(du, 31)));
-    return hn::Add(hn::Add(hn::Mul(r, hn::Set(d, stepR)), hn::Mul(g, hn::Set(d, stepG))),
-                   hn::Mul(b, hn::Set(d, stepB)));
-}
+struct Rgb565Rule {
+    int16_t base;
+    int16_t a[3], b[3]; // per level r, g, b
+};
 
-HWY_INLINE V32 rgb565Luma(VU32 px)
+constexpr Rgb565Rule rgb565Rule(int32_t base, int32_t stepR, int32_t stepG, int32_t stepB)
 {
-    return hn::Add(hn::Set(D32(), 16), hn::ShiftRight<14>(rgb565Sum(px, 23840, 40092, 8096)));
-}
-
-// Luma of 2 * Lanes(D16) pixels, as many bytes.
-HWY_INLINE void rgb565LumaRow(const uint16_t *px, uint8_t *y)
-{
-    const D16 d16;
-    const DU32 du;
-    const VU32 mask = hn::Set(du, 0xFFFF);
-    V32 pairs[2];
-    for (size_t k = 0; k < 2; ++k) {
-        // A 32-bit lane holds a pixel pair: the first in its low half.
-        const VU32 pair = hn::BitCast(du, hn::LoadU(d16, px + k * hn::Lanes(d16)));
-        pairs[k] = hn::Or(rgb565Luma(hn::And(pair, mask)), hn::ShiftLeft<8>(rgb565Luma(hn::ShiftRight<16>(pair))));
+    Rgb565Rule rule{int16_t(base), {}, {}};
+    const int32_t steps[3] = {stepR, stepG, stepB};
+    for (int k = 0; k < 3; ++k) {
+        const int32_t quarter = steps[k] / 4;
+        const int32_t a = quarter >= 0 ? quarter / 64 : -((63 - quarter) / 64);
+        rule.a[k] = int16_t(a);
+        rule.b[k] = int16_t(quarter - 64 * a);
     }
-    hn::StoreU(hn::BitCast(D8(), narrow32(pairs[1], pairs[0])), D8(), y);
+    return rule;
+}
+
+// The split gives back every step.
+constexpr bool splitsExactly(const Rgb565Rule &rule, int32_t stepR, int32_t stepG, int32_t stepB)
+{
+    const int32_t steps[3] = {stepR, stepG, stepB};
+    for (int k = 0; k < 3; ++k)
+        if (4 * (64 * rule.a[k] + rule.b[k]) != steps[k] || rule.b[k] < 0 || rule.b[k] >= 64)
+            return false;
+    return true;
+}
+
+constexpr Rgb565ToYuvTables kSteps = makeRgb565ToYuvTables();
+#define PIXMILL_RGB565_RULE(name, base, r, g, b)                                                                   \
+    constexpr Rgb565Rule name = rgb565Rule(base, kSteps.r[1], kSteps.g[1], kSteps.b[1]);                            \
+    static_assert(splitsExactly(name, kSteps.r[1], kSteps.g[1], kSteps.b[1]), "steps split into 4 * (64 a + b)");
+PIXMILL_RGB565_RULE(kLumaRule, 16, YFromR, YFromG, YFromB)
+PIXMILL_RGB565_RULE(kURule, 128, UFromR, UFromG, ChromaFull5)
+PIXMILL_RGB565_RULE(kVRule, 128, ChromaFull5, VFromG, VFromB)
+#undef PIXMILL_RGB565_RULE
+
+using DI16 = hn::ScalableTag<int16_t>;
+using VI16 = hn::Vec<DI16>;
+
+// The levels r, g, b of RGB565 words.
+struct Levels {
+    VI16 at[3];
+};
+
+HWY_INLINE Levels levelsOf(V16 px)
+{
+    const D16 d;
+    const DI16 di;
+    return {{hn::BitCast(di, hn::ShiftRight<11>(px)), hn::BitCast(di, hn::And(hn::ShiftRight<5>(px), hn::Set(d, 63))),
+             hn::BitCast(di, hn::And(px, hn::Set(d, 31)))}};
+}
+
+HWY_INLINE V16 rgb565Apply(const Rgb565Rule &rule, const Levels &x)
+{
+    const DI16 d;
+    VI16 a = hn::Zero(d), b = hn::Zero(d);
+    for (int k = 0; k < 3; ++k) {
+        if (rule.a[k] != 0)
+            a = hn::Add(a, mulConst(x.at[k], rule.a[k]));
+        if (rule.b[k] != 0)
+            b = hn::Add(b, mulConst(x.at[k], rule.b[k]));
+    }
+    const VI16 out = hn::Add(hn::Set(d, rule.base), hn::ShiftRight<6>(hn::Add(a, hn::ShiftRight<6>(b))));
+    return hn::BitCast(D16(), out);
 }
 
 size_t rgb565Blocks(const uint16_t *first, const uint16_t *second, uint8_t *lower, uint8_t *upper, uint8_t *u,
                     uint8_t *v, size_t blocks)
 {
-    const D16 d16;
-    const DU32 du;
-    const size_t N = hn::Lanes(d16); // blocks per step: two vectors of pixels a row
-    const VU32 mask = hn::Set(du, 0xFFFF);
-    const V32 mid = hn::Set(D32(), 128);
+    const D16 d;
+    const size_t N = hn::Lanes(d); // blocks per step: two vectors of pixels a row
+    const auto luma = [&](V16 px) { return rgb565Apply(kLumaRule, levelsOf(px)); };
     size_t i = 0;
     for (; i + N <= blocks; i += N) {
-        rgb565LumaRow(first + 2 * i, lower + 2 * i);
-        rgb565LumaRow(second + 2 * i, upper + 2 * i);
-        // Chroma from the first pixel of each block: the low half of a lane.
-        V32 us[2], vs[2];
-        for (size_t k = 0; k < 2; ++k) {
-            const VU32 px = hn::And(hn::BitCast(du, hn::LoadU(d16, first + 2 * i + k * N)), mask);
-            us[k] = hn::Add(mid, hn::ShiftRight<14>(rgb565Sum(px, -13184, -22116, 57344)));
-            vs[k] = hn::Add(mid, hn::ShiftRight<14>(rgb565Sum(px, 57344, -26028, -5272)));
-        }
-        storeHalves(narrow16(narrow32(vs[1], vs[0]), narrow32(us[1], us[0])), u + i, v + i);
+        const V16 f0 = hn::LoadU(d, first + 2 * i), f1 = hn::LoadU(d, first + 2 * i + N);
+        const V16 s0 = hn::LoadU(d, second + 2 * i), s1 = hn::LoadU(d, second + 2 * i + N);
+        hn::StoreU(narrow16(luma(f1), luma(f0)), D8(), lower + 2 * i);
+        hn::StoreU(narrow16(luma(s1), luma(s0)), D8(), upper + 2 * i);
+        // Chroma from the first pixel of each block.
+        const Levels x = levelsOf(hn::ConcatEven(d, f1, f0));
+        storeHalves(narrow16(rgb565Apply(kVRule, x), rgb565Apply(kURule, x)), u + i, v + i);
     }
     return i;
 }
@@ -101,8 +150,8 @@ size_t rgb565Blocks(const uint16_t *first, const uint16_t *second, uint8_t *lowe
 HWY_INLINE V16 bgrLuma(V16 b, V16 g, V16 r)
 {
     const D16 d;
-    const V16 a = hn::Add(hn::Add(hn::Mul(r, hn::Set(d, 76)), hn::Mul(g, hn::Set(d, 150))), hn::Mul(b, hn::Set(d, 29)));
-    const V16 lo = hn::Add(hn::Add(hn::Mul(r, hn::Set(d, 139)), hn::Mul(g, hn::Set(d, 70))), hn::Mul(b, hn::Set(d, 47)));
+    const V16 a = hn::Add(hn::Add(mulConst(r, uint16_t(76)), mulConst(g, uint16_t(150))), mulConst(b, uint16_t(29)));
+    const V16 lo = hn::Add(hn::Add(mulConst(r, uint16_t(139)), mulConst(g, uint16_t(70))), mulConst(b, uint16_t(47)));
     return hn::ShiftRight<8>(hn::Add(a, hn::ShiftRight<8>(lo)));
 }
 
