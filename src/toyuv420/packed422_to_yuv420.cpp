@@ -3,6 +3,7 @@
 // only in where the two lumas and the two chroma bytes sit in a 4-byte group
 // of two pixels; the walkers take that as a compile-time parameter.
 #include <cstddef>
+#include <cstdint>
 
 #include "frame/platform.h"
 #include "toyuv420/kernels.h"
@@ -69,11 +70,34 @@ PIXMILL_INLINE void copyGroups(const uint8_t *&src, uint8_t *&y, uint8_t *&c0, u
     }
 }
 
+// `pairs` pairs of rows of `groups` groups each: the first row gives luma and
+// chroma, the second luma only.
+template <class Order>
+PIXMILL_INLINE void copyRowPairs(const uint8_t *&src, uint8_t *&y, uint8_t *&c0, uint8_t *&c1, size_t groups,
+                                 uint32_t pairs, const ToYuv420Kernels *k)
+{
+    for (; pairs > 0; --pairs) {
+        copyGroups<Order, LumaAndChroma>(src, y, c0, c1, groups, k);
+        copyGroups<Order, Luma>(src, y, c0, c1, groups, k);
+    }
+}
+
+// True when the `an` bytes from `a` and the `bn` bytes from `b` do not meet.
+PIXMILL_INLINE bool apart(const uint8_t *a, size_t an, const uint8_t *b, size_t bn)
+{
+    const uintptr_t x = reinterpret_cast<uintptr_t>(a), z = reinterpret_cast<uintptr_t>(b);
+    return x + an <= z || z + bn <= x;
+}
+
 // The Frame forms: the record takes the sizes first (cut to 16 bits), then a
 // luma pass over the whole image as one run, then a chroma pass over the even
 // source rows, ceil(height / 2) of them. An odd width has no whole groups per
 // row and is refused after the record is set. `c0` and `c1` are the planes
 // that receive the first and second chroma byte of a group.
+//
+// When no plane meets the source, the order of the two passes cannot show in
+// the result, and one walk over row pairs does both, reading each source row
+// once; an odd last row gives luma and chroma.
 template <class Order>
 PIXMILL_INLINE int32_t unpackToFrame(const uint8_t *source, Frame *frame, uint8_t *c0, uint8_t *c1, uint32_t width,
                                      uint32_t height)
@@ -85,7 +109,15 @@ PIXMILL_INLINE int32_t unpackToFrame(const uint8_t *source, Frame *frame, uint8_
     const uint8_t *src = source;
     uint8_t *y = frame->y;
     const ToYuv420Kernels *k = toYuv420Kernels();
-    copyGroups<Order, Luma>(src, y, c0, c1, size_t(width) * height / 2, k);
+    const size_t lumaBytes = size_t(width) * height, chromaBytes = width / 2 * size_t(height - height / 2);
+    if (apart(source, 2 * lumaBytes, y, lumaBytes) && apart(source, 2 * lumaBytes, c0, chromaBytes) &&
+        apart(source, 2 * lumaBytes, c1, chromaBytes)) {
+        copyRowPairs<Order>(src, y, c0, c1, width / 2, height / 2, k);
+        if (height & 1)
+            copyGroups<Order, LumaAndChroma>(src, y, c0, c1, width / 2, k);
+        return 0;
+    }
+    copyGroups<Order, Luma>(src, y, c0, c1, lumaBytes / 2, k);
 
     // Each pass reads one even row and steps over the odd row after it.
     const size_t groups = width / 2;
@@ -138,9 +170,5 @@ extern "C" PIXMILL_API void YUY2toYUV420(const uint8_t *source, uint8_t *destina
     uint8_t *y = destination;
     uint8_t *c0 = destination + lumaSize;
     uint8_t *c1 = c0 + lumaSize / 4;
-    const ToYuv420Kernels *k = toYuv420Kernels();
-    for (uint32_t pair = 0; pair < height / 2; ++pair) {
-        copyGroups<Y0UY1V, LumaAndChroma>(source, y, c0, c1, groups, k);
-        copyGroups<Y0UY1V, Luma>(source, y, c0, c1, groups, k);
-    }
+    copyRowPairs<Y0UY1V>(source, y, c0, c1, groups, height / 2, toYuv420Kernels());
 }

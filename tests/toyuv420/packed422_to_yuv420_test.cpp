@@ -99,6 +99,19 @@ TEST(PackedTo420, MatchesModelOnRandomSizes)
             ASSERT_NO_FATAL_FAILURE(run(form, src.begin(), out.begin(), out.begin() + luma, out.begin() + second, w, h, rng));
             ASSERT_EQ(out.contents(), want);
             ASSERT_TRUE(out.intact() && src.untouched());
+            if (!form.op || i % 4)
+                continue;
+            // In place: the luma plane over the source, the chroma planes after
+            // it. The luma pass overwrites the source before the chroma pass
+            // reads it.
+            Guarded<uint8_t> both(2 * luma + 2 * chroma, size_t(rng.range(0, 3)), rng.word());
+            want = both.contents();
+            model(form, want.data(), walk.w, walk.rows, walk.chromaRows, want.data(), want.data() + 2 * luma,
+                  want.data() + 2 * luma + chroma);
+            uint8_t *at = both.begin();
+            ASSERT_NO_FATAL_FAILURE(run(form, at, at, at + 2 * luma, at + 2 * luma + chroma, w, h, rng));
+            ASSERT_EQ(both.contents(), want);
+            ASSERT_TRUE(both.intact());
         }
 }
 
