@@ -13,28 +13,29 @@ namespace hn = hwy::HWY_NAMESPACE;
 #if HWY_TARGET != HWY_SCALAR
 using D8 = hn::ScalableTag<uint8_t>;
 using D16 = hn::ScalableTag<uint16_t>;
-using D32 = hn::ScalableTag<int32_t>;
-using DU32 = hn::ScalableTag<uint32_t>;
 using V8 = hn::Vec<D8>;
 using V16 = hn::Vec<D16>;
-using V32 = hn::Vec<D32>;
-using VU32 = hn::Vec<DU32>;
 
-// v * c for a constant c, as one multiplication. Left to itself, GCC turns a
-// multiplication by a known constant into shifts and additions, several
-// instructions where one would do; an empty asm hides the constant's value.
+// A vector of the constant c whose value the compiler does not see. Left to
+// itself, GCC turns a multiplication by a known constant into shifts and
+// additions, several instructions where one would do; an empty asm hides the
+// value.
+template <class D, typename T>
+HWY_INLINE hn::Vec<D> factor(D d, T c)
+{
+    auto v = hn::Set(d, hn::TFromD<D>(c));
+#if defined(__GNUC__) && HWY_ARCH_X86
+    asm("" : "+v"(v.raw));
+#endif
+    return v;
+}
+
+// v * c for a constant c, as one multiplication.
 template <class V, typename T>
 HWY_INLINE V mulConst(V v, T c)
 {
-    auto factor = hn::Set(hn::DFromV<V>(), c);
-#if defined(__GNUC__) && HWY_ARCH_X86
-    asm("" : "+v"(factor.raw));
-#endif
-    return hn::Mul(v, factor);
+    return hn::Mul(v, factor(hn::DFromV<V>(), c));
 }
-
-// Low halves of the 32-bit lanes of lo, then of hi, as 16-bit lanes.
-HWY_INLINE V16 narrow32(V32 hi, V32 lo) { return hn::ConcatEven(D16(), hn::BitCast(D16(), hi), hn::BitCast(D16(), lo)); }
 
 // Low bytes of the 16-bit lanes of lo, then of hi.
 HWY_INLINE V8 narrow16(V16 hi, V16 lo) { return hn::ConcatEven(D8(), hn::BitCast(D8(), hi), hn::BitCast(D8(), lo)); }
@@ -179,38 +180,47 @@ HWY_INLINE PairSums bgrRow(const uint8_t *px, uint8_t *y)
     return {hn::Add(b0, b1), hn::Add(g0, g1), hn::Add(r0, r1)};
 }
 
-// 128 + ((wb * SB + wg * SG + wr * SR) >> 18) for block sums of at most
-// 1020, in 32-bit lanes, for the lanes of one half of the 16-bit sums.
-HWY_INLINE V32 bgrChroma(V32 sb, V32 sg, V32 sr, int32_t wb, int32_t wg, int32_t wr)
+// Chroma in 16-bit lanes from block sums S of at most 1020. The negative
+// weights of U, and those of V, add up to -32768; taking them on the
+// complements 1020 - S turns the sum into P - 1020 * 32768 with P >= 0 a sum
+// of three products w * S' (S' a sum or its complement, 0 < w < 32768), so
+//   128 + (sum >> 18) = (P + 2^17) >> 18,  P + 2^17 < 2^26.
+// With each S' times 64 in a lane (at most 65280), the products 64 * w * S'
+// split into high and low 16-bit halves, and
+//   (P + 2^17) >> 18 = (128 + highs + carries) >> 8,
+// the carries out of the sum of the low halves. Those are multiples of 64, so
+// a carry out of a + b shows in bit 15 of their rounded mean (a + b + 1) >> 1.
+HWY_INLINE V16 bgrChroma(const V16 (&s64)[3], const uint16_t (&w)[3])
 {
-    const D32 d;
-    const V32 sum = hn::Add(hn::Add(hn::Mul(sb, hn::Set(d, wb)), hn::Mul(sg, hn::Set(d, wg))),
-                            hn::Mul(sr, hn::Set(d, wr)));
-    return hn::Add(hn::Set(d, 128), hn::ShiftRight<18>(sum));
+    const D16 d;
+    V16 high = hn::Set(d, 128), low = hn::Zero(d);
+    for (size_t k = 0; k < 3; ++k) {
+        const V16 f = factor(d, w[k]);
+        const V16 lo = hn::Mul(s64[k], f);
+        high = hn::Add(hn::Add(high, hn::MulHigh(s64[k], f)), hn::ShiftRight<15>(hn::AverageRound(low, lo)));
+        low = hn::Add(low, lo);
+    }
+    return hn::ShiftRight<8>(high);
 }
 
 size_t bgr24Blocks(const uint8_t *top, const uint8_t *bottom, uint8_t *yTop, uint8_t *yBottom, uint8_t *u,
                    uint8_t *v, size_t blocks)
 {
-    const D16 d16;
-    const hn::Half<D16> dh16;
-    const D32 d32;
-    const size_t N = hn::Lanes(d16); // blocks per step: Lanes(D8) pixels a row
+    const D16 d;
+    const size_t N = hn::Lanes(d); // blocks per step: Lanes(D8) pixels a row
+    const V16 full = hn::Set(d, 1020 << 6);
     size_t i = 0;
     for (; i + N <= blocks; i += N) {
         const PairSums t = bgrRow(top + 6 * i, yTop + 2 * i);
         const PairSums s = bgrRow(bottom + 6 * i, yBottom + 2 * i);
-        const V16 sb = hn::Add(t.b, s.b), sg = hn::Add(t.g, s.g), sr = hn::Add(t.r, s.r);
-        V32 us[2], vs[2];
-        for (size_t k = 0; k < 2; ++k) {
-            const auto half = [&](V16 x) {
-                return hn::PromoteTo(d32, k ? hn::UpperHalf(dh16, x) : hn::LowerHalf(dh16, x));
-            };
-            const V32 b = half(sb), g = half(sg), r = half(sr);
-            us[k] = bgrChroma(b, g, r, 32767, -21709, -11059);
-            vs[k] = bgrChroma(b, g, r, -5329, -27439, 32767);
-        }
-        storeHalves(narrow16(narrow32(vs[1], vs[0]), narrow32(us[1], us[0])), u + i, v + i);
+        const V16 b = hn::ShiftLeft<6>(hn::Add(t.b, s.b)), g = hn::ShiftLeft<6>(hn::Add(t.g, s.g)),
+                  r = hn::ShiftLeft<6>(hn::Add(t.r, s.r));
+        const V16 gFlipped = hn::Sub(full, g);
+        const V16 uTerms[3] = {b, hn::Sub(full, r), gFlipped}, vTerms[3] = {r, hn::Sub(full, b), gFlipped};
+        // U = 128 + ((32767 SB - 11059 SR - 21709 SG) >> 18),
+        // V = 128 + ((32767 SR - 5329 SB - 27439 SG) >> 18).
+        const V16 uOut = bgrChroma(uTerms, {32767, 11059, 21709}), vOut = bgrChroma(vTerms, {32767, 5329, 27439});
+        storeHalves(narrow16(vOut, uOut), u + i, v + i);
     }
     return i;
 }
