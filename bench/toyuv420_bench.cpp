@@ -52,6 +52,7 @@ void packedToYuv(Size s)
         Bytes Sources::*image;
         int bpp;
     } yuvPeers[] = {{bgr, "libyuv:RGB24ToI420", libyuv::RGB24ToI420, &Sources::bgr24, 3},
+                    {bgr, "libyuv:RGB24ToJ420", libyuv::RGB24ToJ420, &Sources::bgr24, 3},
                     {rgb565, "libyuv:RGB565ToI420", libyuv::RGB565ToI420, &Sources::rgb565, 2},
                     {yuy2, "libyuv:YUY2ToI420", libyuv::YUY2ToI420, &Sources::yuy2, 2},
                     {uyvy, "libyuv:UYVYToI420", libyuv::UYVYToI420, &Sources::uyvy, 2}};

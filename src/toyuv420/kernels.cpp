@@ -193,8 +193,9 @@ HWY_INLINE PairSums bgrRow(const uint8_t *px, uint8_t *y)
 HWY_INLINE V16 bgrChroma(const V16 (&s64)[3], const uint16_t (&w)[3])
 {
     const D16 d;
-    V16 high = hn::Set(d, 128), low = hn::Zero(d);
-    for (size_t k = 0; k < 3; ++k) {
+    const V16 f0 = factor(d, w[0]);
+    V16 high = hn::Add(hn::Set(d, 128), hn::MulHigh(s64[0], f0)), low = hn::Mul(s64[0], f0);
+    for (size_t k = 1; k < 3; ++k) {
         const V16 f = factor(d, w[k]);
         const V16 lo = hn::Mul(s64[k], f);
         high = hn::Add(hn::Add(high, hn::MulHigh(s64[k], f)), hn::ShiftRight<15>(hn::AverageRound(low, lo)));
