@@ -54,7 +54,7 @@ HWY_INLINE void storeHalves(V8 both, uint8_t *first, uint8_t *second)
 // multiple of 4; written as 4 * (64 * a + b) with 0 <= b < 64, the sum is
 // 4 * (64 * A + B) for A = a_r * r + a_g * g + a_b * b and B likewise, so
 // that the output is base + ((A + (B >> 6)) >> 6): |A| <= 13672 and
-// 0 <= B <= 7875 fit signed 16-bit lanes, and the two shifts floor like the
+// 0 <= B <= 3945 fit signed 16-bit lanes, and the two shifts floor like the
 // one shift of the plain code.
 
 struct Rgb565Rule {
@@ -148,6 +148,8 @@ size_t rgb565Blocks(const uint16_t *first, const uint16_t *second, uint8_t *lowe
 // sum is 256 * A + B for A = 76 r + 150 g + 29 b and B = 139 r + 70 g + 47 b,
 // both at most 65280 for bytes, and (256 * A + B) >> 16 equals
 // (A + (B >> 8)) >> 8, since B's low byte cannot carry into bit 16.
+static_assert(76 * 256 + 139 == 19595 && 150 * 256 + 70 == 38470 && 29 * 256 + 47 == 7471, "luma weights");
+
 HWY_INLINE V16 bgrLuma(V16 b, V16 g, V16 r)
 {
     const D16 d;
@@ -190,6 +192,8 @@ HWY_INLINE PairSums bgrRow(const uint8_t *px, uint8_t *y)
 //   (P + 2^17) >> 18 = (128 + highs + carries) >> 8,
 // the carries out of the sum of the low halves. Those are multiples of 64, so
 // a carry out of a + b shows in bit 15 of their rounded mean (a + b + 1) >> 1.
+static_assert(11059 + 21709 == 32768 && 5329 + 27439 == 32768, "negative chroma weights");
+
 HWY_INLINE V16 bgrChroma(const V16 (&s64)[3], const uint16_t (&w)[3])
 {
     const D16 d;
