@@ -34,10 +34,6 @@ public:
     uint8_t Ufor(int32_t x, int32_t row) const { return U(x >> 1, layout_ == Layout::Yuv420 ? row >> 1 : row); }
     uint8_t Vfor(int32_t x, int32_t row) const { return V(x >> 1, layout_ == Layout::Yuv420 ? row >> 1 : row); }
 
-    PageBuffer<uint8_t> &yPlane() { return y_; }
-    PageBuffer<uint8_t> &uPlane() { return u_; }
-    PageBuffer<uint8_t> &vPlane() { return v_; }
-
     // A stray write would have faulted: nothing beside the planes can change.
     bool intact() const { return true; }
 
