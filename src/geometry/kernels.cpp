@@ -19,7 +19,131 @@ size_t reverse16(const uint16_t *in, uint16_t *out, size_t n)
     return i;
 }
 
-constexpr GeometryKernels kGeometry{&reverse16};
+// Bytes in reverse order: within each 128-bit block by a byte shuffle, then
+// the blocks themselves.
+template <class D>
+HWY_INLINE hn::Vec<D> reverseBytes(D d, hn::Vec<D> v)
+{
+    alignas(16) static constexpr uint8_t kBackwards[16] = {15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0};
+    return hn::ReverseBlocks(d, hn::TableLookupBytes(v, hn::LoadDup128(d, kBackwards)));
+}
+
+size_t reverse8(const uint8_t *in, uint8_t *out, size_t n)
+{
+    const hn::ScalableTag<uint8_t> d;
+    const size_t N = hn::Lanes(d);
+    size_t i = 0;
+    for (; i + N <= n; i += N)
+        hn::StoreU(reverseBytes(d, hn::LoadU(d, in + i)), d, out - i - (N - 1));
+    return i;
+}
+
+size_t swap8(const uint8_t *inA, const uint8_t *inB, uint8_t *outA, uint8_t *outB, size_t n)
+{
+    const hn::ScalableTag<uint8_t> d;
+    const size_t N = hn::Lanes(d);
+    size_t i = 0;
+    for (; i + N <= n; i += N) {
+        const auto a = hn::LoadU(d, inA + i);
+        const auto b = hn::LoadU(d, inB + i);
+        hn::StoreU(b, d, outA + i);
+        hn::StoreU(a, d, outB + i);
+    }
+    return i;
+}
+
+size_t swapReverse8(const uint8_t *inA, const uint8_t *inB, uint8_t *outA, uint8_t *outB, size_t n)
+{
+    const hn::ScalableTag<uint8_t> d;
+    const size_t N = hn::Lanes(d);
+    size_t i = 0;
+    for (; i + N <= n; i += N) {
+        const auto a = hn::LoadU(d, inA + i);
+        const auto b = hn::LoadU(d, inB - i - (N - 1));
+        hn::StoreU(reverseBytes(d, b), d, outA + i);
+        hn::StoreU(reverseBytes(d, a), d, outB - i - (N - 1));
+    }
+    return i;
+}
+
+// ---- Transposes of 128-bit tiles --------------------------------------------
+//
+// K vectors, each one row of a K x K tile, are interleaved in stages of
+// doubling lane width (r[k] with r[k + K/2], low and high halves). Each stage
+// rotates the bits of (row, column) by one place, so after the last one
+// vector c holds column c, with the rows in bit-reversed lane order: loading
+// row bitReversed(v) into vector v puts row l in lane l.
+
+#if HWY_TARGET != HWY_SCALAR
+using Tile8 = hn::FixedTag<uint8_t, 16>;
+using Tile16 = hn::FixedTag<uint16_t, 8>;
+
+template <class DLane, class D, size_t K>
+HWY_INLINE void interleaveStage(D d, hn::Vec<D> (&r)[K])
+{
+    const DLane dl;
+    hn::Vec<D> t[K];
+    for (size_t k = 0; k < K / 2; ++k) {
+        const auto a = hn::BitCast(dl, r[k]);
+        const auto b = hn::BitCast(dl, r[k + K / 2]);
+        t[2 * k] = hn::BitCast(d, hn::InterleaveLower(dl, a, b));
+        t[2 * k + 1] = hn::BitCast(d, hn::InterleaveUpper(dl, a, b));
+    }
+    for (size_t k = 0; k < K; ++k)
+        r[k] = t[k];
+}
+
+size_t transpose8(const uint8_t *in, ptrdiff_t inStride, uint8_t *out, ptrdiff_t outStride, ptrdiff_t again, size_t n)
+{
+    static_assert(kTransposeRows8 == 16, "one 16 x 16 tile of bytes");
+    static constexpr int kRowOf[16] = {0, 8, 4, 12, 2, 10, 6, 14, 1, 9, 5, 13, 3, 11, 7, 15};
+    const Tile8 d;
+    size_t i = 0;
+    for (; i + 16 <= n; i += 16) {
+        hn::Vec<Tile8> r[16];
+        for (int v = 0; v < 16; ++v)
+            r[v] = hn::LoadU(d, in + kRowOf[v] * inStride + ptrdiff_t(i));
+        interleaveStage<hn::FixedTag<uint8_t, 16>>(d, r);
+        interleaveStage<hn::FixedTag<uint16_t, 8>>(d, r);
+        interleaveStage<hn::FixedTag<uint32_t, 4>>(d, r);
+        interleaveStage<hn::FixedTag<uint64_t, 2>>(d, r);
+        uint8_t *o = out + ptrdiff_t(i) * outStride;
+        for (int c = 0; c < 16; ++c, o += outStride) {
+            hn::StoreU(r[c], d, o);
+            if (again != 0)
+                hn::StoreU(r[c], d, o + again);
+        }
+    }
+    return i;
+}
+
+size_t transpose16(const uint16_t *in, ptrdiff_t inStride, uint16_t *out, ptrdiff_t outStride, size_t n)
+{
+    static_assert(kTransposeRows16 == 8, "one 8 x 8 tile of 16-bit pixels");
+    static constexpr int kRowOf[8] = {0, 4, 2, 6, 1, 5, 3, 7};
+    const Tile16 d;
+    size_t i = 0;
+    for (; i + 8 <= n; i += 8) {
+        hn::Vec<Tile16> r[8];
+        for (int v = 0; v < 8; ++v)
+            r[v] = hn::LoadU(d, in + kRowOf[v] * inStride + ptrdiff_t(i));
+        interleaveStage<hn::FixedTag<uint16_t, 8>>(d, r);
+        interleaveStage<hn::FixedTag<uint32_t, 4>>(d, r);
+        interleaveStage<hn::FixedTag<uint64_t, 2>>(d, r);
+        uint16_t *o = out + ptrdiff_t(i) * outStride;
+        for (int c = 0; c < 8; ++c, o += outStride)
+            hn::StoreU(r[c], d, o);
+    }
+    return i;
+}
+
+#else
+// Highway's one-lane fallback has no 128-bit tiles; its set is never chosen.
+size_t transpose8(const uint8_t *, ptrdiff_t, uint8_t *, ptrdiff_t, ptrdiff_t, size_t) { return 0; }
+size_t transpose16(const uint16_t *, ptrdiff_t, uint16_t *, ptrdiff_t, size_t) { return 0; }
+#endif
+
+constexpr GeometryKernels kGeometry{&reverse16, &reverse8, &swap8, &swapReverse8, &transpose8, &transpose16};
 
 } // namespace pixmill::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

@@ -1,6 +1,9 @@
 // Rectangle turns of packed 16-bit images: into a second 16-bit surface with
 // the pixels moved whole, or into a 24-bit B,G,R surface with each RGB565
 // pixel expanded and its missing low bits filled from a 2x2 pattern.
+#include <cstring>
+
+#include "geometry/kernels.h"
 #include "geometry/turn.h"
 
 namespace pixmill {
@@ -31,13 +34,9 @@ constexpr Rect clampRect(int32_t sourceWidth, int32_t sourceHeight, int32_t srcX
 
 // ---- 16-bit to 16-bit ------------------------------------------------------
 
-// Eight pixels of a source row, stored `col` elements apart.
-PIXMILL_INLINE void moveBlock8(const uint16_t *s, uint16_t *d, ptrdiff_t col)
-{
-    for (int k = 0; k < 8; ++k, d += col)
-        *d = s[k];
-}
-
+// Rows move as they are, or reversed, or through 8 x 8 tiles transposed in
+// registers under a quarter turn; the kernels do a prefix of each row or
+// band, the plain placement the rest.
 template <uint32_t R>
 int32_t rotateRGB16(const uint16_t *source, uint16_t *destination, int32_t sourceWidth, int32_t sourceHeight,
                     int32_t srcX, int32_t srcY, int32_t srcW, int32_t srcH, int32_t dstX, int32_t dstY, int32_t dstW,
@@ -47,18 +46,25 @@ int32_t rotateRGB16(const uint16_t *source, uint16_t *destination, int32_t sourc
     if (k.cw <= 0 || k.ch <= 0)
         return 0;
     const TurnSteps to = turnSteps<R>(k.cw, k.ch, 1, dstW);
-    const ptrdiff_t blockStep = 8 * to.col;
-    const int32_t blocks = k.cw >> 3;
-    const int32_t rest = k.cw & 7;
     const uint16_t *row = source + ptrdiff_t{sourceWidth} * k.srcY + k.srcX;
     uint16_t *rowOut = destination + ptrdiff_t{dstW} * k.dstY + k.dstX + to.start;
+    const GeometryKernels *kernels = geometryKernels();
+    if constexpr (isQuarterTurn(R)) {
+        turnBands(row, sourceWidth, k.cw, k.ch, rowOut, to, 0, kTransposeRows16,
+                  [kernels](const uint16_t *in, ptrdiff_t inStride, uint16_t *out, ptrdiff_t outStride, size_t n) {
+                      return kernels != nullptr ? kernels->transpose16(in, inStride, out, outStride, n) : 0;
+                  });
+        return 0;
+    }
     for (int32_t j = 0; j < k.ch; ++j, row += sourceWidth, rowOut += to.row) {
-        const uint16_t *s = row;
-        uint16_t *d = rowOut;
-        for (int32_t b = 0; b < blocks; ++b, s += 8, d += blockStep)
-            moveBlock8(s, d, to.col);
-        for (int32_t i = 0; i < rest; ++i, d += to.col)
-            *d = *s++;
+        ptrdiff_t n = 0;
+        if (R == ROTATE_NONE) {
+            n = k.cw;
+            std::memcpy(rowOut, row, size_t(n) * sizeof *row);
+        } else if (kernels != nullptr) {
+            n = static_cast<ptrdiff_t>(kernels->reverse16(row, rowOut, size_t(k.cw)));
+        }
+        placeSamples(row + n, sourceWidth, k.cw - n, 1, rowOut + n * to.col, to);
     }
     return 0;
 }

@@ -43,6 +43,45 @@ constexpr TurnSteps turnPlane(ptrdiff_t w, ptrdiff_t h)
     return turnSteps<R>(w, h, 1, isQuarterTurn(R) ? h : w);
 }
 
+// Rows of `cols` samples, row j at s + j * sStride, placed one sample at a
+// time: sample (i, j) at d + i * to.col + j * to.row (to.start is already in
+// d), and once more `again` elements further on when that is not 0.
+template <class T>
+void placeSamples(const T *s, ptrdiff_t sStride, ptrdiff_t cols, ptrdiff_t rows, T *d, TurnSteps to,
+                  ptrdiff_t again = 0)
+{
+    for (ptrdiff_t j = 0; j < rows; ++j, s += sStride, d += to.row) {
+        T *o = d;
+        for (ptrdiff_t i = 0; i < cols; ++i, o += to.col) {
+            o[0] = s[i];
+            if (again != 0)
+                o[again] = s[i];
+        }
+    }
+}
+
+// A quarter turn (to.row is +1 or -1) in bands of `band` source rows. Each
+// band first goes to `transpose(in, inStride, out, outStride, n)`, which
+// writes source column i of the band as `band` adjacent samples at
+// out + i * outStride, with the band's rows taken from `in` in the order in
+// which they lie along a destination row, and returns how many columns it
+// did; placeSamples does the rest of the band and the rows below the last
+// whole band.
+template <class T, class Transpose>
+void turnBands(const T *s, ptrdiff_t sStride, ptrdiff_t cols, ptrdiff_t rows, T *d, TurnSteps to, ptrdiff_t again,
+               ptrdiff_t band, Transpose transpose)
+{
+    ptrdiff_t j = 0;
+    for (; j + band <= rows; j += band) {
+        const ptrdiff_t first = to.row < 0 ? j + band - 1 : j;
+        const auto n =
+            static_cast<ptrdiff_t>(transpose(s + first * sStride, to.row < 0 ? -sStride : sStride, d + first * to.row,
+                                             to.col, static_cast<size_t>(cols)));
+        placeSamples(s + j * sStride + n, sStride, cols - n, band, d + n * to.col + j * to.row, to, again);
+    }
+    placeSamples(s + j * sStride, sStride, cols, rows - j, d + j * to.row, to, again);
+}
+
 } // namespace pixmill
 
 #endif
