@@ -117,19 +117,27 @@ size_t transpose8(const uint8_t *in, ptrdiff_t inStride, uint8_t *out, ptrdiff_t
     return i;
 }
 
-size_t transpose16(const uint16_t *in, ptrdiff_t inStride, uint16_t *out, ptrdiff_t outStride, size_t n)
+// The 8 x 8 tile of 16-bit pixels whose row j is at in + j * inStride,
+// turned: r[c] is column c, row j in lane j.
+HWY_INLINE void loadColumns16(const uint16_t *in, ptrdiff_t inStride, hn::Vec<Tile16> (&r)[8])
 {
     static_assert(kTransposeRows16 == 8, "one 8 x 8 tile of 16-bit pixels");
     static constexpr int kRowOf[8] = {0, 4, 2, 6, 1, 5, 3, 7};
     const Tile16 d;
+    for (int v = 0; v < 8; ++v)
+        r[v] = hn::LoadU(d, in + kRowOf[v] * inStride);
+    interleaveStage<hn::FixedTag<uint16_t, 8>>(d, r);
+    interleaveStage<hn::FixedTag<uint32_t, 4>>(d, r);
+    interleaveStage<hn::FixedTag<uint64_t, 2>>(d, r);
+}
+
+size_t transpose16(const uint16_t *in, ptrdiff_t inStride, uint16_t *out, ptrdiff_t outStride, size_t n)
+{
+    const Tile16 d;
     size_t i = 0;
     for (; i + 8 <= n; i += 8) {
         hn::Vec<Tile16> r[8];
-        for (int v = 0; v < 8; ++v)
-            r[v] = hn::LoadU(d, in + kRowOf[v] * inStride + ptrdiff_t(i));
-        interleaveStage<hn::FixedTag<uint16_t, 8>>(d, r);
-        interleaveStage<hn::FixedTag<uint32_t, 4>>(d, r);
-        interleaveStage<hn::FixedTag<uint64_t, 2>>(d, r);
+        loadColumns16(in + i, inStride, r);
         uint16_t *o = out + ptrdiff_t(i) * outStride;
         for (int c = 0; c < 8; ++c, o += outStride)
             hn::StoreU(r[c], d, o);
@@ -137,13 +145,90 @@ size_t transpose16(const uint16_t *in, ptrdiff_t inStride, uint16_t *out, ptrdif
     return i;
 }
 
+// ---- RGB565 to B,G,R bytes ----------------------------------------------------
+
+// Two fill bytes that alternate lane by lane, the first in even lanes.
+template <class D>
+HWY_INLINE hn::Vec<D> alternating(D d, uint8_t even, uint8_t odd)
+{
+    const hn::Repartition<uint16_t, D> dw;
+    return hn::BitCast(d, hn::Set(dw, static_cast<uint16_t>(even | odd << 8)));
+}
+
+// B, G, R of the pixels whose low bytes are `lo` and high bytes `hi`: blue is
+// bits 4-0 times 8, green bits 10-5 times 4, red bits 15-11 times 8, each with
+// its fill added to the clear low bits.
+template <class D>
+HWY_INLINE void expandStore(D d, hn::Vec<D> lo, hn::Vec<D> hi, hn::Vec<D> fill5, hn::Vec<D> fill6, uint8_t *out)
+{
+    const auto blue = hn::Add(hn::ShiftLeft<3>(lo), fill5);
+    const auto green = hn::Add(hn::Or(hn::And(hn::ShiftRight<3>(lo), hn::Set(d, uint8_t{0x1C})), hn::ShiftLeft<5>(hi)),
+                               fill6);
+    const auto red = hn::Add(hn::And(hi, hn::Set(d, uint8_t{0xF8})), fill5);
+    hn::StoreInterleaved3(blue, green, red, d, out);
+}
+
+size_t expandTurned565(const uint16_t *in, ptrdiff_t inStride, uint8_t *out, ptrdiff_t outStride, size_t n,
+                       const ExpandFill &fill)
+{
+    const Tile8 d8;
+    const hn::FixedTag<uint8_t, 8> dh; // one column of the tile: 8 pixels
+    const hn::Vec<decltype(dh)> fill5[2] = {alternating(dh, fill.blue[0][0], fill.blue[0][1]),
+                                            alternating(dh, fill.blue[1][0], fill.blue[1][1])};
+    const hn::Vec<decltype(dh)> fill6[2] = {alternating(dh, fill.green[0][0], fill.green[0][1]),
+                                            alternating(dh, fill.green[1][0], fill.green[1][1])};
+    size_t i = 0;
+    for (; i + 8 <= n; i += 8) {
+        hn::Vec<Tile16> r[8];
+        loadColumns16(in + i, inStride, r);
+        uint8_t *o = out + ptrdiff_t(i) * outStride;
+        for (int c = 0; c < 8; ++c, o += outStride) {
+            const auto bytes = hn::BitCast(d8, r[c]);
+            const auto lo = hn::LowerHalf(dh, hn::ConcatEven(d8, bytes, bytes));
+            const auto hi = hn::LowerHalf(dh, hn::ConcatOdd(d8, bytes, bytes));
+            expandStore(dh, lo, hi, fill5[c & 1], fill6[c & 1], o);
+        }
+    }
+    return i;
+}
+
+// A row of pixels, N at a time; backwards each vector is reversed and stored
+// from the far end, so that lane q holds pixel N - 1 - q of the step.
+size_t expand565(const uint16_t *in, uint8_t *out, size_t n, bool backwards, const ExpandFill &fill)
+{
+    const hn::ScalableTag<uint8_t> d;
+    const hn::Repartition<uint16_t, decltype(d)> dw;
+    const size_t N = hn::Lanes(d);
+    const int first = backwards ? 1 : 0; // the parity of pixel i in lane 0 (N is even)
+    const auto fill5 = alternating(d, fill.blue[0][first], fill.blue[0][first ^ 1]);
+    const auto fill6 = alternating(d, fill.green[0][first], fill.green[0][first ^ 1]);
+    size_t i = 0;
+    for (; i + N <= n; i += N) {
+        const auto a = hn::BitCast(d, hn::LoadU(dw, in + i));
+        const auto b = hn::BitCast(d, hn::LoadU(dw, in + i + N / 2));
+        auto lo = hn::ConcatEven(d, b, a);
+        auto hi = hn::ConcatOdd(d, b, a);
+        if (backwards) {
+            lo = reverseBytes(d, lo);
+            hi = reverseBytes(d, hi);
+            expandStore(d, lo, hi, fill5, fill6, out - 3 * (i + N - 1));
+        } else {
+            expandStore(d, lo, hi, fill5, fill6, out + 3 * i);
+        }
+    }
+    return i;
+}
 #else
-// Highway's one-lane fallback has no 128-bit tiles; its set is never chosen.
+// Highway's one-lane fallback has neither 128-bit tiles nor lane pairs; its
+// set is never chosen.
 size_t transpose8(const uint8_t *, ptrdiff_t, uint8_t *, ptrdiff_t, ptrdiff_t, size_t) { return 0; }
 size_t transpose16(const uint16_t *, ptrdiff_t, uint16_t *, ptrdiff_t, size_t) { return 0; }
+size_t expandTurned565(const uint16_t *, ptrdiff_t, uint8_t *, ptrdiff_t, size_t, const ExpandFill &) { return 0; }
+size_t expand565(const uint16_t *, uint8_t *, size_t, bool, const ExpandFill &) { return 0; }
 #endif
 
-constexpr GeometryKernels kGeometry{&reverse16, &reverse8, &swap8, &swapReverse8, &transpose8, &transpose16};
+constexpr GeometryKernels kGeometry{&reverse16,   &reverse8,    &swap8,     &swapReverse8,
+                                    &transpose8,  &transpose16, &expand565, &expandTurned565};
 
 } // namespace pixmill::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
