@@ -9,13 +9,21 @@ HWY_BEFORE_NAMESPACE();
 namespace pixmill::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-size_t reverse16(const uint16_t *in, uint16_t *out, size_t n)
+// Calls step(d, i) for whole vectors from i = 0 while they fit in n: full
+// vectors, then 128-bit ones, so that short tails of wide targets still go in
+// vectors. Returns where it stopped.
+template <class T, class Step>
+HWY_INLINE size_t wholeVectors(size_t n, const Step &step)
 {
-    const hn::ScalableTag<uint16_t> d;
-    const size_t N = hn::Lanes(d);
+    const hn::ScalableTag<T> d;
     size_t i = 0;
-    for (; i + N <= n; i += N)
-        hn::StoreU(hn::Reverse(d, hn::LoadU(d, in + i)), d, out - i - (N - 1));
+    for (; i + hn::Lanes(d) <= n; i += hn::Lanes(d))
+        step(d, i);
+#if HWY_TARGET != HWY_SCALAR
+    const hn::CappedTag<T, 16 / sizeof(T)> d128;
+    for (; i + hn::Lanes(d128) <= n; i += hn::Lanes(d128))
+        step(d128, i);
+#endif
     return i;
 }
 
@@ -28,42 +36,39 @@ HWY_INLINE hn::Vec<D> reverseBytes(D d, hn::Vec<D> v)
     return hn::ReverseBlocks(d, hn::TableLookupBytes(v, hn::LoadDup128(d, kBackwards)));
 }
 
+size_t reverse16(const uint16_t *in, uint16_t *out, size_t n)
+{
+    return wholeVectors<uint16_t>(n, [&](auto d, size_t i) {
+        hn::StoreU(hn::Reverse(d, hn::LoadU(d, in + i)), d, out - i - (hn::Lanes(d) - 1));
+    });
+}
+
 size_t reverse8(const uint8_t *in, uint8_t *out, size_t n)
 {
-    const hn::ScalableTag<uint8_t> d;
-    const size_t N = hn::Lanes(d);
-    size_t i = 0;
-    for (; i + N <= n; i += N)
-        hn::StoreU(reverseBytes(d, hn::LoadU(d, in + i)), d, out - i - (N - 1));
-    return i;
+    return wholeVectors<uint8_t>(n, [&](auto d, size_t i) {
+        hn::StoreU(reverseBytes(d, hn::LoadU(d, in + i)), d, out - i - (hn::Lanes(d) - 1));
+    });
 }
 
 size_t swap8(const uint8_t *inA, const uint8_t *inB, uint8_t *outA, uint8_t *outB, size_t n)
 {
-    const hn::ScalableTag<uint8_t> d;
-    const size_t N = hn::Lanes(d);
-    size_t i = 0;
-    for (; i + N <= n; i += N) {
+    return wholeVectors<uint8_t>(n, [&](auto d, size_t i) {
         const auto a = hn::LoadU(d, inA + i);
         const auto b = hn::LoadU(d, inB + i);
         hn::StoreU(b, d, outA + i);
         hn::StoreU(a, d, outB + i);
-    }
-    return i;
+    });
 }
 
 size_t swapReverse8(const uint8_t *inA, const uint8_t *inB, uint8_t *outA, uint8_t *outB, size_t n)
 {
-    const hn::ScalableTag<uint8_t> d;
-    const size_t N = hn::Lanes(d);
-    size_t i = 0;
-    for (; i + N <= n; i += N) {
+    return wholeVectors<uint8_t>(n, [&](auto d, size_t i) {
+        const size_t last = i + hn::Lanes(d) - 1;
         const auto a = hn::LoadU(d, inA + i);
-        const auto b = hn::LoadU(d, inB - i - (N - 1));
+        const auto b = hn::LoadU(d, inB - last);
         hn::StoreU(reverseBytes(d, b), d, outA + i);
-        hn::StoreU(reverseBytes(d, a), d, outB - i - (N - 1));
-    }
-    return i;
+        hn::StoreU(reverseBytes(d, a), d, outB - last);
+    });
 }
 
 // ---- Transposes of 128-bit tiles --------------------------------------------

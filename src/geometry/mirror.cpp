@@ -76,6 +76,37 @@ void swapPass(const PlanePair (&planes)[N], ptrdiff_t pc, ptrdiff_t pr, Flip f, 
     }
 }
 
+// Into a second plane the pairs of the swap pass make up the whole flipped
+// plane, so each source row can move whole to its partner row instead:
+// reversed where columns flip, as it is where only rows do.
+template <size_t N>
+void flipInto(const PlanePair (&planes)[N], ptrdiff_t pc, ptrdiff_t pr, Flip f, const GeometryKernels *k)
+{
+    for (ptrdiff_t r = 0; r < pr; ++r)
+        for (const PlanePair &plane : planes) {
+            const uint8_t *s = plane.in + r * pc;
+            uint8_t *d = plane.out + partnerRow(f, r, pc, pr);
+            if (!f.cols) {
+                if (pc != 0)
+                    std::memcpy(d, s, size_t(pc));
+                continue;
+            }
+            ptrdiff_t c = k != nullptr ? static_cast<ptrdiff_t>(k->reverse8(s, d, size_t(pc))) : 0;
+            for (; c < pc; ++c)
+                d[-c] = s[c];
+        }
+}
+
+// The swap pass, or whole rows where the output is a second plane.
+template <size_t N>
+void flipPlanes(const PlanePair (&planes)[N], ptrdiff_t pc, ptrdiff_t pr, Flip f, const GeometryKernels *k)
+{
+    if (planes[0].in != planes[0].out)
+        flipInto(planes, pc, pr, f, k);
+    else
+        swapPass(planes, pc, pr, f, k);
+}
+
 } // namespace
 } // namespace pixmill
 
@@ -125,9 +156,9 @@ extern "C" PIXMILL_API int32_t gMirrorImageYUV(Frame *source, Frame *destination
     const ptrdiff_t h = source->height;
     const PlanePair luma[1] = {{source->y, out->y}};
     const GeometryKernels *k = geometryKernels();
-    swapPass(luma, w, h, f, k);
+    flipPlanes(luma, w, h, f, k);
     // 4:2:2 chroma is flipped as a plane of all h rows, like 4:2:0 chroma.
     const PlanePair chroma[2] = {{source->u, out->u}, {source->v, out->v}};
-    swapPass(chroma, w >> 1, chromaLayout == 0 ? h >> 1 : h, f, k);
+    flipPlanes(chroma, w >> 1, chromaLayout == 0 ? h >> 1 : h, f, k);
     return 0;
 }
