@@ -77,16 +77,18 @@ size_t swapReverse8(const uint8_t *inA, const uint8_t *inB, uint8_t *outA, uint8
 // doubling lane width (r[k] with r[k + K/2], low and high halves). Each stage
 // rotates the bits of (row, column) by one place, so after the last one
 // vector c holds column c, with the rows in bit-reversed lane order: loading
-// row bitReversed(v) into vector v puts row l in lane l.
+// row bitReversed(v) into vector v puts row l in lane l. Interleaving works
+// within 128-bit blocks, so a wider vector turns one tile per block side by
+// side: block b of vector c is column 16 * b + c of the band (bytes).
 
 #if HWY_TARGET != HWY_SCALAR
 using Tile8 = hn::FixedTag<uint8_t, 16>;
 using Tile16 = hn::FixedTag<uint16_t, 8>;
 
-template <class DLane, class D, size_t K>
+template <class TLane, class D, size_t K>
 HWY_INLINE void interleaveStage(D d, hn::Vec<D> (&r)[K])
 {
-    const DLane dl;
+    const hn::Repartition<TLane, D> dl;
     hn::Vec<D> t[K];
     for (size_t k = 0; k < K / 2; ++k) {
         const auto a = hn::BitCast(dl, r[k]);
@@ -98,56 +100,85 @@ HWY_INLINE void interleaveStage(D d, hn::Vec<D> (&r)[K])
         r[k] = t[k];
 }
 
-size_t transpose8(const uint8_t *in, ptrdiff_t inStride, uint8_t *out, ptrdiff_t outStride, ptrdiff_t again, size_t n)
+// Block b of v at out + b * blockStride, and `again` further on when that is
+// not 0.
+template <class D>
+HWY_INLINE void storeBlocks(D d, hn::Vec<D> v, hn::TFromD<D> *out, ptrdiff_t blockStride, ptrdiff_t again)
 {
-    static_assert(kTransposeRows8 == 16, "one 16 x 16 tile of bytes");
+    if constexpr (hn::MaxLanes(D()) * sizeof(hn::TFromD<D>) <= 16) {
+        hn::StoreU(v, d, out);
+        if (again != 0)
+            hn::StoreU(v, d, out + again);
+    } else {
+        const hn::Half<D> dh;
+        const auto blocks = static_cast<ptrdiff_t>(hn::MaxLanes(dh) * sizeof(hn::TFromD<D>) / 16);
+        storeBlocks(dh, hn::LowerHalf(dh, v), out, blockStride, again);
+        storeBlocks(dh, hn::UpperHalf(dh, v), out + blocks * blockStride, blockStride, again);
+    }
+}
+
+// Whole vectors of d across the band from column i on; returns where it stopped.
+template <class D>
+HWY_INLINE size_t transposeBytes(D d, const uint8_t *in, ptrdiff_t inStride, uint8_t *out, ptrdiff_t outStride,
+                                 ptrdiff_t again, size_t n, size_t i)
+{
+    static_assert(kTransposeRows8 == 16, "16 x 16 tiles of bytes");
     static constexpr int kRowOf[16] = {0, 8, 4, 12, 2, 10, 6, 14, 1, 9, 5, 13, 3, 11, 7, 15};
-    const Tile8 d;
-    size_t i = 0;
-    for (; i + 16 <= n; i += 16) {
-        hn::Vec<Tile8> r[16];
+    const size_t N = hn::Lanes(d);
+    for (; i + N <= n; i += N) {
+        hn::Vec<D> r[16];
         for (int v = 0; v < 16; ++v)
             r[v] = hn::LoadU(d, in + kRowOf[v] * inStride + ptrdiff_t(i));
-        interleaveStage<hn::FixedTag<uint8_t, 16>>(d, r);
-        interleaveStage<hn::FixedTag<uint16_t, 8>>(d, r);
-        interleaveStage<hn::FixedTag<uint32_t, 4>>(d, r);
-        interleaveStage<hn::FixedTag<uint64_t, 2>>(d, r);
+        interleaveStage<uint8_t>(d, r);
+        interleaveStage<uint16_t>(d, r);
+        interleaveStage<uint32_t>(d, r);
+        interleaveStage<uint64_t>(d, r);
         uint8_t *o = out + ptrdiff_t(i) * outStride;
-        for (int c = 0; c < 16; ++c, o += outStride) {
-            hn::StoreU(r[c], d, o);
-            if (again != 0)
-                hn::StoreU(r[c], d, o + again);
-        }
+        for (int c = 0; c < 16; ++c, o += outStride)
+            storeBlocks(d, r[c], o, 16 * outStride, again);
     }
     return i;
 }
 
-// The 8 x 8 tile of 16-bit pixels whose row j is at in + j * inStride,
-// turned: r[c] is column c, row j in lane j.
-HWY_INLINE void loadColumns16(const uint16_t *in, ptrdiff_t inStride, hn::Vec<Tile16> (&r)[8])
+size_t transpose8(const uint8_t *in, ptrdiff_t inStride, uint8_t *out, ptrdiff_t outStride, ptrdiff_t again, size_t n)
 {
-    static_assert(kTransposeRows16 == 8, "one 8 x 8 tile of 16-bit pixels");
+    const size_t i = transposeBytes(hn::ScalableTag<uint8_t>(), in, inStride, out, outStride, again, n, 0);
+    return transposeBytes(Tile8(), in, inStride, out, outStride, again, n, i);
+}
+
+// The 8 x 8 tiles of 16-bit pixels whose row j is at in + j * inStride,
+// turned: block b of r[c] is column 8 * b + c, row j in lane j of the block.
+template <class D>
+HWY_INLINE void loadColumns16(D d, const uint16_t *in, ptrdiff_t inStride, hn::Vec<D> (&r)[8])
+{
+    static_assert(kTransposeRows16 == 8, "8 x 8 tiles of 16-bit pixels");
     static constexpr int kRowOf[8] = {0, 4, 2, 6, 1, 5, 3, 7};
-    const Tile16 d;
     for (int v = 0; v < 8; ++v)
         r[v] = hn::LoadU(d, in + kRowOf[v] * inStride);
-    interleaveStage<hn::FixedTag<uint16_t, 8>>(d, r);
-    interleaveStage<hn::FixedTag<uint32_t, 4>>(d, r);
-    interleaveStage<hn::FixedTag<uint64_t, 2>>(d, r);
+    interleaveStage<uint16_t>(d, r);
+    interleaveStage<uint32_t>(d, r);
+    interleaveStage<uint64_t>(d, r);
+}
+
+template <class D>
+HWY_INLINE size_t transposeWords(D d, const uint16_t *in, ptrdiff_t inStride, uint16_t *out, ptrdiff_t outStride,
+                                 size_t n, size_t i)
+{
+    const size_t N = hn::Lanes(d);
+    for (; i + N <= n; i += N) {
+        hn::Vec<D> r[8];
+        loadColumns16(d, in + i, inStride, r);
+        uint16_t *o = out + ptrdiff_t(i) * outStride;
+        for (int c = 0; c < 8; ++c, o += outStride)
+            storeBlocks(d, r[c], o, 8 * outStride, 0);
+    }
+    return i;
 }
 
 size_t transpose16(const uint16_t *in, ptrdiff_t inStride, uint16_t *out, ptrdiff_t outStride, size_t n)
 {
-    const Tile16 d;
-    size_t i = 0;
-    for (; i + 8 <= n; i += 8) {
-        hn::Vec<Tile16> r[8];
-        loadColumns16(in + i, inStride, r);
-        uint16_t *o = out + ptrdiff_t(i) * outStride;
-        for (int c = 0; c < 8; ++c, o += outStride)
-            hn::StoreU(r[c], d, o);
-    }
-    return i;
+    const size_t i = transposeWords(hn::ScalableTag<uint16_t>(), in, inStride, out, outStride, n, 0);
+    return transposeWords(Tile16(), in, inStride, out, outStride, n, i);
 }
 
 // ---- RGB565 to B,G,R bytes ----------------------------------------------------
@@ -177,7 +208,7 @@ size_t expandTurned565(const uint16_t *in, ptrdiff_t inStride, uint8_t *out, ptr
                        const ExpandFill &fill)
 {
     const Tile8 d8;
-    const hn::FixedTag<uint8_t, 8> dh; // one column of the tile: 8 pixels
+    const hn::FixedTag<uint8_t, 8> dh; // one column of a tile: 8 pixels
     const hn::Vec<decltype(dh)> fill5[2] = {alternating(dh, fill.blue[0][0], fill.blue[0][1]),
                                             alternating(dh, fill.blue[1][0], fill.blue[1][1])};
     const hn::Vec<decltype(dh)> fill6[2] = {alternating(dh, fill.green[0][0], fill.green[0][1]),
@@ -185,7 +216,7 @@ size_t expandTurned565(const uint16_t *in, ptrdiff_t inStride, uint8_t *out, ptr
     size_t i = 0;
     for (; i + 8 <= n; i += 8) {
         hn::Vec<Tile16> r[8];
-        loadColumns16(in + i, inStride, r);
+        loadColumns16(Tile16(), in + i, inStride, r);
         uint8_t *o = out + ptrdiff_t(i) * outStride;
         for (int c = 0; c < 8; ++c, o += outStride) {
             const auto bytes = hn::BitCast(d8, r[c]);
