@@ -97,10 +97,13 @@ void flipInto(const PlanePair (&planes)[N], ptrdiff_t pc, ptrdiff_t pr, Flip f, 
         }
 }
 
-// The swap pass, or whole rows where the output is a second plane.
+// The swap pass, or whole rows where the output is a second plane. An empty
+// plane has no row to point into.
 template <size_t N>
 void flipPlanes(const PlanePair (&planes)[N], ptrdiff_t pc, ptrdiff_t pr, Flip f, const GeometryKernels *k)
 {
+    if (pc == 0 || pr == 0)
+        return;
     if (planes[0].in != planes[0].out)
         flipInto(planes, pc, pr, f, k);
     else
