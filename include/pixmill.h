@@ -293,9 +293,9 @@ PIXMILL_API void gScaleRGB565CroppedFrame(const uint16_t *source, uint16_t *targ
  *               TW/4 x TH/4 rectangle at the corner.
  *   downto3by3: target TW x TH, multiples of 6; source width >= TW*4/3,
  *               TH*4/3 rows read.
- * A plane whose sizes are off these forms (or whose corner is negative as a
- * signed value, or whose source is narrower than a target row consumes) is
- * left unwritten. Rows are read from the corner on at the source's stride,
+ * A plane whose sizes are off these forms (or whose source is narrower than
+ * a target row consumes) is left unwritten; a corner of 2^31 or more leaves
+ * all three unwritten. Rows are read from the corner on at the source's stride,
  * so a source plane reaches the last row read: past width * height for a
  * corner other than (0, 0) or fewer source rows than the ratio reads. */
 PIXMILL_API void gScaleCroppedFrame_downby2(const Frame *source, Frame *target,
