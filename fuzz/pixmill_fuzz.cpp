@@ -2,26 +2,32 @@
 // rectangles and codes from the rest, and makes one call: mostly within what include/pixmill.h asks of the caller,
 // and in a quarter of the cases (`past`) also past it, where the header says what the operation turns down (nothing
 // may change) and what it serves; the buffers then hold exactly the bytes the arguments describe.
-// Sources, Frame records included, are exact-size heap buffers (AddressSanitizer sees any read past them) that may
-// not change; targets lie between random guard bytes. After the call every byte outside the area the operation may
-// write, and after a refused call every byte at all, must be as it was; anything else aborts.
+// Sources, Frame records included, are exact-size buffers that may not change: on the heap (AddressSanitizer sees
+// any read past them), or one time in four right against an inaccessible page (a vector load past the end faults
+// even where it would leap over a red zone). Targets lie between random guard bytes. After the call every byte
+// outside the area the operation may write, and after a refused call every byte at all, must be as it was; anything
+// else aborts.
 #include <fuzzer/FuzzedDataProvider.h> // with <algorithm>, <cstring> and <vector>
 
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <new>
 #include <random>
 
 #include "pixmill.h"
+#include "support/page_buffer.h"
 
 namespace {
 
 size_t area(int64_t w, int64_t h) { return size_t(std::max<int64_t>(w, 0)) * size_t(std::max<int64_t>(h, 0)); }
 
-// In bytes: the usable area is [off, off + size) of `mem`; of it, columns [x, x + w) of rows [y, y + h) may change,
-// counted from `off` in rows of `stride` bytes.
+// In bytes: the usable area is [off, off + size) of `mem`, which holds orig.size() bytes on the heap or in `pages`;
+// of it, columns [x, x + w) of rows [y, y + h) may change, counted from `off` in rows of `stride` bytes.
 struct Buf {
-    std::vector<uint8_t> mem, orig;
+    std::shared_ptr<pixmill::test::PageBuffer<uint8_t>> pages;
+    std::vector<uint8_t> heap, orig;
+    uint8_t *mem;
     int64_t off, size, stride, w, x = 0, y = 0, h = 1;
 };
 
@@ -40,7 +46,10 @@ struct Case {
     }
     // A value in [a, b] from the input; once that is used up, from the generator it seeded, so that a short input
     // still makes a case of some size.
-    int32_t pick(int32_t a, int32_t b) { return in.remaining_bytes() ? in.ConsumeIntegralInRange(a, b) : Pick(a, b)(rng); }
+    int32_t pick(int32_t a, int32_t b)
+    {
+        return in.remaining_bytes() ? in.ConsumeIntegralInRange(a, b) : Pick(a, b)(rng);
+    }
     uint32_t code() { return uint32_t(pick(0, 3) ? pick(0, 3) : pick(INT32_MIN, INT32_MAX)); }
     static void fail(const char *what) { std::fprintf(stderr, "pixmill fuzz: %s\n", what), std::abort(); }
 
@@ -50,10 +59,19 @@ struct Case {
     T *buf(size_t n, bool target)
     {
         const int64_t off = target ? int64_t((16 + rng() % 4) * sizeof(T)) : 0, size = int64_t(n * sizeof(T));
-        std::vector<uint8_t> mem(size_t(std::max<int64_t>(off + size + (target ? 16 * int64_t(sizeof(T)) : 0), 1)));
-        std::generate(mem.begin(), mem.end(), [this] { return uint8_t(rng()); });
-        bufs.push_back(Buf{mem, mem, off, size, size + 1, size * target});
-        return reinterpret_cast<T *>(bufs.back().mem.data() + off);
+        const auto len = size_t(off + size + (target ? 16 * int64_t(sizeof(T)) : 0));
+        Buf b{nullptr, {}, {}, nullptr, off, size, size + 1, size * target};
+        if (!target && rng() % 4 == 0) {
+            b.pages = std::make_shared<pixmill::test::PageBuffer<uint8_t>>(len, pixmill::test::PageSide::End, rng());
+            b.mem = b.pages->data();
+        } else {
+            b.heap.resize(std::max<size_t>(len, 1));
+            std::generate(b.heap.begin(), b.heap.end(), [this] { return uint8_t(rng()); });
+            b.mem = b.heap.data();
+        }
+        b.orig.assign(b.mem, b.mem + len);
+        bufs.push_back(std::move(b));
+        return reinterpret_cast<T *>(bufs.back().mem + off);
     }
     template <class T = uint8_t> T *src(size_t n) { return buf<T>(n, false); }
     template <class T = uint8_t> T *dst(size_t n) { return buf<T>(n, true); }
@@ -62,14 +80,14 @@ struct Case {
     {
         uint8_t *y = buf(size_t(luma < 0 ? w * h : luma), target), *u = buf(chroma, target), *v = buf(chroma, target);
         Frame *f = new (src(sizeof(Frame))) Frame{y, u, v, uint16_t(w), uint16_t(h), uint32_t(rng())};
-        bufs.back().orig = bufs.back().mem;
+        std::memcpy(bufs.back().orig.data(), bufs.back().mem, sizeof(Frame));
         return f;
     }
     // What may change in the buffer at `p`, in bytes; a size of 0 or below allows nothing.
     void allow(const void *p, int64_t stride, int64_t x, int64_t y, int64_t w, int64_t h)
     {
         for (Buf &b : bufs)
-            if (b.mem.data() + b.off == p)
+            if (b.mem + b.off == p)
                 b.stride = std::max<int64_t>(stride, 1), b.w = w, b.x = x, b.y = y, b.h = h;
     }
     void result(int32_t r, bool refuse) { r == -int32_t(refuse) ? void(refused = refuse) : fail("unexpected result"); }
@@ -78,7 +96,7 @@ struct Case {
     void check() const
     {
         for (const Buf &b : bufs)
-            for (size_t i = 0; i < b.mem.size(); ++i) { // a guard byte before `off` has a negative row or column
+            for (size_t i = 0; i < b.orig.size(); ++i) { // a guard byte before `off` has a negative row or column
                 const int64_t e = int64_t(i) - b.off, col = e % b.stride, row = e / b.stride;
                 if (b.mem[i] != b.orig[i] &&
                     (refused || e >= b.size || col < b.x || col >= b.x + b.w || row < b.y || row >= b.y + b.h))
@@ -125,7 +143,8 @@ const std::vector<void (*)(Case &)> kOps = {
         // Past: corners beyond the frame or the surface (nothing to write), negative ones for the 32-bit forms.
         const int32_t more = c.past ? 6 : 0, less = c.past && op % 3 ? -3 : 0;
         const int32_t dstX = c.pick(less, sw + more), dstY = c.pick(less, sh + more);
-        const int32_t srcW = c.pick(0, 60), srcH = c.pick(0, 60), x = c.pick(less, w + more), y = c.pick(less, h + more);
+        const int32_t srcW = c.pick(0, 60), srcH = c.pick(0, 60);
+        const int32_t x = c.pick(less, w + more), y = c.pick(less, h + more);
         const int32_t high = c.pick(0, 0xffff), even = op == 3 ? ~0 : ~1;
         c.untouched(std::min({x, y, dstX, dstY}) < 0);
         const uint32_t hx = op == 0 ? uint32_t(high) << 16 : 0, code8 = uint32_t(code | (high & 0xff00) << 8);

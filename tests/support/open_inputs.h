@@ -1,9 +1,10 @@
 // Calls past the contract: every buffer holds exactly the bytes that the
-// call's arguments describe, between guard bytes that AddressSanitizer is
-// told are off limits (a stray read or write is reported where it happens)
-// and that must come back unchanged in any build. Contents are random and
-// remembered, so a test tells a call that was turned down (nothing changed
-// anywhere) from one that was served.
+// call's arguments describe and lies against an inaccessible page, at its
+// end or (now and then) at its start, so that a stray load or store there
+// faults at once in any build. On its other side lie guard bytes that must
+// come back unchanged, and that AddressSanitizer is told are off limits.
+// Contents are random and remembered, so a test tells a call that was turned
+// down (nothing changed anywhere) from one that was served.
 #ifndef PIXMILL_TEST_OPEN_INPUTS_H
 #define PIXMILL_TEST_OPEN_INPUTS_H
 
@@ -16,6 +17,7 @@
 #include <vector>
 
 #include "pixmill.h"
+#include "support/page_buffer.h"
 #include "support/random.h"
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -40,7 +42,7 @@ public:
     ExactBuffers &operator=(const ExactBuffers &) = delete;
     ~ExactBuffers()
     {
-        for (Block &b : blocks_)
+        for (const Block &b : blocks_)
             fence(b, false);
     }
 
@@ -48,13 +50,16 @@ public:
     template <class T = uint8_t>
     T *get(size_t count)
     {
-        Block b{count * sizeof(T), std::make_unique<uint8_t[]>(count * sizeof(T) + 2 * kGuard), {}};
-        for (size_t i = 0; i < b.size + 2 * kGuard; ++i)
-            b.mem[i] = rng_.byte();
-        b.orig.assign(b.mem.get(), b.mem.get() + b.size + 2 * kGuard);
+        const size_t size = count * sizeof(T);
+        const bool atEnd = rng_.range(0, 3) != 0;
+        Block b{size, atEnd ? kGuard : 0, atEnd ? 0 : size,
+                std::make_unique<PageBuffer<uint8_t>>(size + kGuard, atEnd ? PageSide::End : PageSide::Start,
+                                                      rng_.word()),
+                {}};
+        b.orig.assign(b.mem(), b.mem() + size + kGuard);
         blocks_.push_back(std::move(b));
         fence(blocks_.back(), true);
-        return reinterpret_cast<T *>(blocks_.back().mem.get() + kGuard);
+        return reinterpret_cast<T *>(blocks_.back().data());
     }
 
     // A record of w x h (cut to 16 bits) over planes of `luma` (by default
@@ -72,12 +77,12 @@ public:
     void snapshot()
     {
         for (Block &b : blocks_)
-            std::memcpy(b.orig.data() + kGuard, b.mem.get() + kGuard, b.size);
+            std::memcpy(b.orig.data() + b.offset, b.data(), b.size);
     }
     bool guardsIntact() const
     {
         for (const Block &b : blocks_)
-            if (!same(b, 0, kGuard) || !same(b, kGuard + b.size, kGuard))
+            if (!same(b, b.guard, kGuard))
                 return false;
         return true;
     }
@@ -85,38 +90,41 @@ public:
     bool unchanged(const void *p) const
     {
         for (const Block &b : blocks_)
-            if (b.mem.get() + kGuard == p)
-                return same(b, 0, b.size + 2 * kGuard);
+            if (b.data() == p)
+                return same(b, 0, b.size + kGuard);
         return false;
     }
     bool unchanged() const
     {
         for (const Block &b : blocks_)
-            if (!unchanged(b.mem.get() + kGuard))
+            if (!same(b, 0, b.size + kGuard))
                 return false;
         return true;
     }
 
 private:
+    // The usable bytes start at `offset` of the page buffer's and the guard
+    // bytes at `guard`.
     struct Block {
-        size_t size;
-        std::unique_ptr<uint8_t[]> mem;
+        size_t size, offset, guard;
+        std::unique_ptr<PageBuffer<uint8_t>> pages;
         std::vector<uint8_t> orig;
+        uint8_t *mem() const { return pages->data(); }
+        uint8_t *data() const { return mem() + offset; }
     };
     // Bytes [from, from + n) of the block, guards included, as remembered.
     static bool same(const Block &b, size_t from, size_t n)
     {
         fence(b, false);
-        const bool equal = std::memcmp(b.mem.get() + from, b.orig.data() + from, n) == 0;
+        const bool equal = std::memcmp(b.mem() + from, b.orig.data() + from, n) == 0;
         fence(b, true);
         return equal;
     }
     static void fence(const Block &b, bool on)
     {
 #ifdef PIXMILL_TEST_ASAN
-        uint8_t *ends[2] = {b.mem.get(), b.mem.get() + kGuard + b.size};
-        for (uint8_t *g : ends)
-            on ? ASAN_POISON_MEMORY_REGION(g, kGuard) : ASAN_UNPOISON_MEMORY_REGION(g, kGuard);
+        uint8_t *g = b.mem() + b.guard;
+        on ? ASAN_POISON_MEMORY_REGION(g, kGuard) : ASAN_UNPOISON_MEMORY_REGION(g, kGuard);
 #else
         (void)b, (void)on;
 #endif

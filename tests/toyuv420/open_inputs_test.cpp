@@ -75,7 +75,8 @@ const OpenInput kOpenInputs[] = {
      }},
     {"gYUV422toYUV420: enlarged more than three times up to the frame's right and bottom edges",
      [](ExactBuffers &b, Random &rng) {
-         const int32_t W = 2 * rng.range(1, 3), H = rng.range(2, 6), TW = 2 * rng.range(8, 24), TH = 2 * rng.range(8, 24);
+         const int32_t W = 2 * rng.range(1, 3), H = rng.range(2, 6);
+         const int32_t TW = 2 * rng.range(8, 24), TH = 2 * rng.range(8, 24);
          const int32_t x = rng.range(0, W - 1), y = rng.range(0, H - 1);
          const Frame *s = b.frame(W, H, area(W >> 1, H));
          Frame *t = b.frame(TW, TH, area(TW >> 1, TH >> 1));
