@@ -190,7 +190,8 @@ PIXMILL_API void YUY2toYUV420(const uint8_t *source, uint8_t *destination, uint3
  * from the even target rows' source rows (dropped, never averaged). The last
  * two luma columns and rows and the last chroma column and row repeat their
  * neighbours. Served: an even source width, at least 2 source rows, a corner
- * inside the frame, an even target of at least 4 x 4; otherwise nothing is
+ * inside the frame, a rectangle (cut to the frame) of at least 1 x 1 and
+ * under 8192 x 8192, an even target of at least 4 x 4; otherwise nothing is
  * written. Always returns 0. */
 PIXMILL_API int32_t gYUV422toYUV420(const Frame *source, Frame *target,
                                     uint32_t srcX, uint32_t srcY, uint16_t srcW, uint16_t srcH);
