@@ -3,7 +3,8 @@
 # Debian or Ubuntu, as root. Idempotent: installs only what is missing.
 set -euo pipefail
 packages=(cmake make g++ pkg-config libgtest-dev libbenchmark-dev libpng-dev
-          libyuv-dev libswscale-dev libavutil-dev ffmpeg binutils)
+          libyuv-dev libswscale-dev libavutil-dev ffmpeg binutils
+          clang libclang-rt-14-dev)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

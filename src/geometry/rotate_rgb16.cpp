@@ -190,6 +190,10 @@ extern "C" PIXMILL_API int32_t gRotateRGB16(const uint16_t *source, uint16_t *de
 {
     if (source == nullptr || destination == nullptr || rotation > ROTATE_270)
         return -1;
+    // The clamps only ever lower a value: a negative position would reach
+    // before the surfaces. It is served as an empty rectangle.
+    if ((sourceWidth | sourceHeight | srcX | srcY | dstX | dstY | dstW | dstH) < 0)
+        return 0;
     return pixmill::RGB16Workers[rotation](source, destination, sourceWidth, sourceHeight, srcX, srcY, srcW, srcH,
                                            dstX, dstY, dstW, dstH);
 }
@@ -201,6 +205,10 @@ extern "C" PIXMILL_API int32_t gRotateRGB16toBGR24(const uint16_t *source, uint8
 {
     if (source == nullptr || destination == nullptr || rotation > ROTATE_270)
         return -1;
+    // As in gRotateRGB16, negative positions (a negative stride among them)
+    // are served as an empty rectangle.
+    if ((sourceWidth | sourceHeight | srcX | srcY | dstX | dstY | dstH | dstStride) < 0)
+        return 0;
     return pixmill::BGR24Workers[rotation](source, destination, sourceWidth, sourceHeight, srcX, srcY, srcW, srcH,
                                            dstX, dstY, dstH, dstStride);
 }

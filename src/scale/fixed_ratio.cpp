@@ -7,7 +7,7 @@
 //  - upby2: sourceWidth or sourceHeight below 1;
 //  - upby4: dstW or dstH below 8 or off a multiple of 4;
 //  - downto3by3: dstW or dstH below 3 or off a multiple of 3;
-//  - all: a negative corner.
+//  - all: a negative corner; the exports, a corner of 2^31 or more.
 // downby2 and downto3by3 refuse a source narrower than the samples a target
 // row consumes, and read a wider one as a true rectangle: each target row (or
 // row of blocks) starts two (or four) source rows below the one before, which
@@ -104,6 +104,10 @@ using PlaneKernel = void (*)(const uint8_t *, uint8_t *, int32_t, int32_t, int32
 template <PlaneKernel kernel>
 void scaleFrame420(const Frame &s, const Frame &t, uint32_t srcX, uint32_t srcY, uint32_t srcW, uint32_t srcH)
 {
+    // A corner of 2^31 or more lies in no frame: luma reads it as negative and
+    // stops, but halved for chroma it would be a far reach past the planes.
+    if (((srcX | srcY) >> 31) != 0)
+        return;
     const int32_t w = s.width, h = s.height, tw = t.width, th = t.height;
     kernel(s.y, t.y, w, h, tw, th, static_cast<int32_t>(srcX), static_cast<int32_t>(srcY),
            static_cast<int32_t>(srcW), static_cast<int32_t>(srcH));

@@ -21,5 +21,7 @@ extern "C" PIXMILL_API PIXMILL_CODE(PIXMILL_SECTION_YUV420_UPPER) void gEmYUV420
     const Frame *frame, uint16_t *destination, int32_t sourceWidth, int32_t sourceHeight, int32_t topDown)
 {
     using namespace pixmill;
+    if (!servesPart(*frame, sourceWidth, sourceHeight))
+        return;
     walkBlocks<Rgb565From420>(*frame, destination, sourceWidth, sourceHeight, sourceWidth, topDown != 0);
 }

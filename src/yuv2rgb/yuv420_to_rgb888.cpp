@@ -21,6 +21,8 @@ extern "C" PIXMILL_API PIXMILL_CODE(PIXMILL_SECTION_YUV420_LOWER) void gEmYUV420
     const Frame *frame, uint8_t *destination, int32_t sourceWidth, int32_t sourceHeight, int32_t topDown)
 {
     using namespace pixmill;
+    if (!servesPart(*frame, sourceWidth, sourceHeight))
+        return;
     walkBlocks<Rgb888From420>(*frame, destination, sourceWidth, sourceHeight,
                               static_cast<ptrdiff_t>(sourceWidth) * 3, topDown != 0);
 }

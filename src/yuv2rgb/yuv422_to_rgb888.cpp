@@ -24,6 +24,8 @@ extern "C" PIXMILL_API void gYUV422HPlanartoBGR888TopDown(const Frame *frame, ui
                                                           int32_t sourceWidth, int32_t sourceHeight, int32_t topDown)
 {
     using namespace pixmill;
+    if (!servesPart(*frame, sourceWidth, sourceHeight))
+        return;
     walkBlocks<Bgr888From422>(*frame, destination, sourceWidth, sourceHeight,
                               static_cast<ptrdiff_t>(sourceWidth) * 3, topDown != 0);
 }
