@@ -4,7 +4,7 @@
 set -euo pipefail
 packages=(cmake make g++ pkg-config libgtest-dev libbenchmark-dev libpng-dev
           libyuv-dev libswscale-dev libavutil-dev ffmpeg binutils
-          clang libclang-rt-14-dev)
+          libhwy-dev clang libclang-rt-14-dev)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

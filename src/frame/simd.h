@@ -64,12 +64,13 @@ inline size_t tableIndex()
 }
 } // namespace pixmill::cpu
 
-// Slot 0 and the emulated fallback stay empty: the plain code serves there.
+// Slot 0 stays empty. The emulated fallback has its slot like every other
+// target, but cpu::target() never chooses it: the plain code serves there.
 #    define PIXMILL_KERNEL_SET(Type, object, getter)                                                \
         const Type *getter()                                                                        \
         {                                                                                           \
             static constexpr const Type *kTable[HWY_MAX_DYNAMIC_TARGETS + 2] = {                    \
-                nullptr, HWY_CHOOSE_TARGET_LIST(object), nullptr};                                  \
+                nullptr, HWY_CHOOSE_TARGET_LIST(object), HWY_CHOOSE_FALLBACK(object)};              \
             return kTable[cpu::tableIndex()];                                                       \
         }
 #  else
