@@ -113,6 +113,7 @@ struct PixmillConvert {
     gint matrix;   // 601 or 709
     gint rotation; // a Rotation code
     // Set by set_info for the negotiated pair.
+    Rotation turn;
     Source source;
     GstVideoFormat outFormat;
     ToRgb16 rgb16;
@@ -188,6 +189,7 @@ gboolean convertSetInfo(GstVideoFilter *filter, GstCaps *, GstVideoInfo *in, Gst
                                   (rotation ? " with a turn (turns are made on the way to RGB16)" : ""));
     self->source = sourceOf(inFormat);
     self->outFormat = outFormat;
+    self->turn = static_cast<Rotation>(rotation);
     self->loggedStaging = false;
     self->rgb16 = matrix == 709 ? ToRgb16::Turn709
                   : rotation == ROTATE_NONE && self->source != Source::Yuv422 ? ToRgb16::Dithered601
@@ -363,9 +365,6 @@ GstFlowReturn convertFrame(GstVideoFilter *filter, GstVideoFrame *in, GstVideoFr
 {
     auto *self = PIXMILL_CONVERT(filter);
     Work &work = *self->work;
-    GST_OBJECT_LOCK(self);
-    const auto rotation = static_cast<Rotation>(self->rotation);
-    GST_OBJECT_UNLOCK(self);
     const int w = GST_VIDEO_FRAME_WIDTH(in), h = GST_VIDEO_FRAME_HEIGHT(in);
     const int ow = GST_VIDEO_FRAME_WIDTH(out), oh = GST_VIDEO_FRAME_HEIGHT(out);
 
@@ -392,7 +391,7 @@ GstFlowReturn convertFrame(GstVideoFilter *filter, GstVideoFrame *in, GstVideoFr
     case GST_VIDEO_FORMAT_RGB16: {
         Frame f{};
         frameOf(self, in, nullptr, f);
-        ran = toRgb16(self, f, dst.words(), ow, oh, rotation);
+        ran = toRgb16(self, f, dst.words(), ow, oh, self->turn); // the turn the caps were made for
         break;
     }
     case GST_VIDEO_FORMAT_RGB: {
@@ -555,6 +554,7 @@ static void pixmill_convert_init(PixmillConvert *self)
 {
     self->matrix = 601;
     self->rotation = ROTATE_NONE;
+    self->turn = ROTATE_NONE;
     self->source = Source::Unknown;
     self->outFormat = GST_VIDEO_FORMAT_UNKNOWN;
     self->rgb16 = ToRgb16::Dithered601;
