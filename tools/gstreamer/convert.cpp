@@ -2,6 +2,7 @@
 // with the one-pass convert-and-turn to RGB16.
 #include "common.h"
 
+#include <algorithm>
 #include <cstring>
 
 GST_DEBUG_CATEGORY_STATIC(pixmill_convert_debug);
@@ -141,17 +142,21 @@ struct SizeRule {
 SizeRule sizeRule(const PixmillConvert *self)
 {
     const Source s = self->source;
-    const bool packed = s == Source::Yuy2 || s == Source::Uyvy;
+    // Packed 4:2:2 is unpacked first, and that needs the most.
+    if (s == Source::Yuy2)
+        return {2, true, "gY1UY2VToYV12"};
+    if (s == Source::Uyvy)
+        return {2, true, "gUY1VY2ToYUV420"};
     switch (self->outFormat) {
     case GST_VIDEO_FORMAT_RGB16:
         if (self->rgb16 == ToRgb16::Dithered601)
-            return {2, packed, "gEmYUV420toRGB565TopDown"};
+            return {2, false, "gEmYUV420toRGB565TopDown"};
         if (s == Source::Yuv422)
             return {2, true, self->rgb16 == ToRgb16::Turn709 ? "gYUV422toRGB16Rotate"
                                                              : "gYUV422HPlanartoBGR565TopDown_Rotate"};
         return {2, true, self->rgb16 == ToRgb16::Turn709 ? "gYUV420toRGB16Rotate" : "gYUV420toBGR565TopDown_Rotate"};
     case GST_VIDEO_FORMAT_RGB:
-        return {2, packed, "gEmYUV420toRGB888TopDown"};
+        return {2, false, "gEmYUV420toRGB888TopDown"};
     case GST_VIDEO_FORMAT_BGR:
         if (s == Source::Yuv422)
             return {2, false, "gYUV422HPlanartoBGR888TopDown"};
@@ -162,10 +167,6 @@ SizeRule sizeRule(const PixmillConvert *self)
             return {2, true, "gRotateMonochromeFrame"};
         case Source::Yuv422:
             return {4, true, "gYUV422toYUV420"};
-        case Source::Yuy2:
-            return {2, true, "gY1UY2VToYV12"};
-        case Source::Uyvy:
-            return {2, true, "gUY1VY2ToYUV420"};
         case Source::Rgb16:
             return {2, true, "gEmRGB565toYUV420"};
         case Source::Bgr:
@@ -212,10 +213,16 @@ gboolean convertSetInfo(GstVideoFilter *filter, GstCaps *, GstVideoInfo *in, Gst
                                   std::to_string(rule.minimum));
     if (matrix == 709 && outFormat != GST_VIDEO_FORMAT_RGB16)
         GST_INFO_OBJECT(self, "%s has one colour set only; matrix=bt709 applies to RGB16 output", rule.operation);
-    if (self->source == Source::Gray) {
-        const Layout chroma = Layout::yuv420(w, h);
-        self->work->neutral.assign(chroma.plane[1].bytes(), 128);
-    }
+    // Scratch for every stage this pair may need, sized once per caps.
+    Work &work = *self->work;
+    const int ow = GST_VIDEO_INFO_WIDTH(out), oh = GST_VIDEO_INFO_HEIGHT(out);
+    const Layout frame = Layout::yuv420(w, h);
+    work.in.resize(layoutOf(inFormat, w, h).bytes());
+    work.unpacked.resize(frame.bytes());
+    work.mid.resize(std::max(frame.bytes(), Layout::packed(ow, oh, 2).bytes()));
+    work.out.resize(layoutOf(outFormat, ow, oh).bytes());
+    if (self->source == Source::Gray)
+        work.neutral.assign(frame.plane[1].bytes(), 128);
     GST_DEBUG_OBJECT(self, "%s -> %s %dx%d through %s", gst_video_format_to_string(inFormat),
                      gst_video_format_to_string(outFormat), w, h, rule.operation);
     return TRUE;

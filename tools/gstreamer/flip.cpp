@@ -93,10 +93,11 @@ gboolean flipSetInfo(GstVideoFilter *filter, GstCaps *, GstVideoInfo *in, GstCap
     if ((evenW && w % 2) || (evenH && h % 2))
         return refuse(filter, std::string(quarter ? "a quarter turn" : "a mirror") + " of " + format + " needs an even " +
                                   (evenW && evenH ? "width and height" : "width") + ", not " + sizeText(w, h));
-    if (self->format == GST_VIDEO_FORMAT_GRAY8 && !quarter) {
-        const Layout chroma = Layout::yuv420(w, h);
-        self->work->chroma.assign(4 * chroma.plane[1].bytes(), 128);
-    }
+    Work &work = *self->work; // for frames that need repacking
+    work.in.resize(layoutOf(self->format, w, h).bytes());
+    work.out.resize(layoutOf(self->format, GST_VIDEO_INFO_WIDTH(out), GST_VIDEO_INFO_HEIGHT(out)).bytes());
+    if (self->format == GST_VIDEO_FORMAT_GRAY8 && !quarter)
+        work.chroma.assign(4 * Layout::yuv420(w, h).plane[1].bytes(), 128);
     return TRUE;
 }
 

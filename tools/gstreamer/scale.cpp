@@ -141,6 +141,8 @@ gboolean scaleSetInfo(GstVideoFilter *filter, GstCaps *, GstVideoInfo *in, GstCa
     const std::string problem = sizeProblem(self->format, iw, ih, ow, oh, self->kernel == Kernel::Bilinear);
     if (!problem.empty())
         return refuse(filter, problem);
+    self->work->in.resize(layoutOf(self->format, iw, ih).bytes()); // for frames that need repacking
+    self->work->out.resize(layoutOf(self->format, ow, oh).bytes());
     GST_DEBUG_OBJECT(self, "%s %dx%d -> %dx%d through %s", gst_video_format_to_string(self->format), iw, ih, ow, oh,
                      kernelName(self->kernel, self->format));
     return TRUE;
