@@ -453,6 +453,31 @@ TEST(PixmillFlip, EveryMethodPutsEverySampleInItsPlace)
             }
 }
 
+// A method set while playing that keeps the size takes effect on the next
+// frame, without new caps (passthrough going on and off included).
+TEST(PixmillFlip, MethodChangesWhilePlaying)
+{
+    GstHarness *h = gst_harness_new("pixmillflip");
+    gst_harness_set_caps_str(h, "video/x-raw,format=RGB16,width=4,height=2", "video/x-raw,format=RGB16,width=4,height=2");
+    const struct {
+        const char *method;
+        std::vector<uint16_t> expected;
+    } steps[] = {{"none", {0, 1, 2, 3, 4, 5, 6, 7}},          {"horizontal-flip", {3, 2, 1, 0, 7, 6, 5, 4}},
+                 {"vertical-flip", {4, 5, 6, 7, 0, 1, 2, 3}}, {"none", {0, 1, 2, 3, 4, 5, 6, 7}},
+                 {"rotate-180", {7, 6, 5, 4, 3, 2, 1, 0}}};
+    for (const auto &step : steps) {
+        gst_util_set_object_arg(G_OBJECT(h->element), "method", step.method);
+        const uint16_t image[8] = {0, 1, 2, 3, 4, 5, 6, 7};
+        GstBuffer *out = gst_harness_push_and_pull(h, gst_buffer_new_memdup(image, sizeof image));
+        ASSERT_NE(out, nullptr);
+        std::vector<uint16_t> got(8);
+        gst_buffer_extract(out, 0, got.data(), 16);
+        EXPECT_EQ(got, step.expected) << step.method;
+        gst_buffer_unref(out);
+    }
+    gst_harness_teardown(h);
+}
+
 TEST(PixmillFlip, RefusesOddQuarterTurnsOfPlanarFrames)
 {
     std::mt19937 rng(9);

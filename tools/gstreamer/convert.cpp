@@ -114,6 +114,7 @@ struct PixmillConvert {
     gint matrix;   // 601 or 709
     gint rotation; // a Rotation code
     // Set by set_info for the negotiated pair.
+    gint planMatrix;
     Rotation turn;
     Source source;
     GstVideoFormat outFormat;
@@ -191,6 +192,7 @@ gboolean convertSetInfo(GstVideoFilter *filter, GstCaps *, GstVideoInfo *in, Gst
     self->source = sourceOf(inFormat);
     self->outFormat = outFormat;
     self->turn = static_cast<Rotation>(rotation);
+    self->planMatrix = matrix;
     self->loggedStaging = false;
     self->rgb16 = matrix == 709 ? ToRgb16::Turn709
                   : rotation == ROTATE_NONE && self->source != Source::Yuv422 ? ToRgb16::Dithered601
@@ -368,9 +370,25 @@ void toI420(PixmillConvert *self, GstVideoFrame *in, Planes &dst)
     }
 }
 
+// A matrix or rotation set while playing that keeps the output size needs no
+// new caps, so no set_info comes: plan again here.
+gboolean replanIfChanged(PixmillConvert *self)
+{
+    GST_OBJECT_LOCK(self);
+    const int matrix = self->matrix, rotation = self->rotation;
+    GST_OBJECT_UNLOCK(self);
+    const bool quarter = rotation % 2 != 0, wasQuarter = self->turn % 2 != 0;
+    if ((matrix == self->planMatrix && rotation == static_cast<int>(self->turn)) || quarter != wasQuarter)
+        return TRUE; // unchanged, or waiting for the renegotiation that the new size needs
+    GstVideoFilter *filter = &self->parent;
+    return convertSetInfo(filter, nullptr, &filter->in_info, nullptr, &filter->out_info);
+}
+
 GstFlowReturn convertFrame(GstVideoFilter *filter, GstVideoFrame *in, GstVideoFrame *out)
 {
     auto *self = PIXMILL_CONVERT(filter);
+    if (!replanIfChanged(self))
+        return GST_FLOW_NOT_NEGOTIATED;
     Work &work = *self->work;
     const int w = GST_VIDEO_FRAME_WIDTH(in), h = GST_VIDEO_FRAME_HEIGHT(in);
     const int ow = GST_VIDEO_FRAME_WIDTH(out), oh = GST_VIDEO_FRAME_HEIGHT(out);
@@ -473,7 +491,7 @@ GstCaps *convertTransformCaps(GstBaseTransform *trans, GstPadDirection direction
         gst_caps_append(result, mapped);
     }
     result = limitTo(filter, result);
-    GST_DEBUG_OBJECT(self, "%" GST_PTR_FORMAT " -> %" GST_PTR_FORMAT, caps, result);
+    GST_LOG_OBJECT(self, "%" GST_PTR_FORMAT " -> %" GST_PTR_FORMAT, caps, result);
     return result;
 }
 
@@ -562,6 +580,7 @@ static void pixmill_convert_init(PixmillConvert *self)
     self->matrix = 601;
     self->rotation = ROTATE_NONE;
     self->turn = ROTATE_NONE;
+    self->planMatrix = 601;
     self->source = Source::Unknown;
     self->outFormat = GST_VIDEO_FORMAT_UNKNOWN;
     self->rgb16 = ToRgb16::Dithered601;

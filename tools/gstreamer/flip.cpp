@@ -104,6 +104,17 @@ gboolean flipSetInfo(GstVideoFilter *filter, GstCaps *, GstVideoInfo *in, GstCap
 GstFlowReturn flipFrame(GstVideoFilter *filter, GstVideoFrame *in, GstVideoFrame *out)
 {
     auto *self = PIXMILL_FLIP(filter);
+    // A method set while playing that keeps the output size needs no new
+    // caps, so no set_info comes: plan again here.
+    GST_OBJECT_LOCK(self);
+    const int wanted = self->method;
+    GST_OBJECT_UNLOCK(self);
+    if (wanted != self->active && quarterTurn(wanted) == quarterTurn(self->active)) {
+        if (!flipSetInfo(filter, nullptr, &filter->in_info, nullptr, &filter->out_info))
+            return GST_FLOW_NOT_NEGOTIATED;
+        if (wanted == NONE) // passthrough from the next frame on
+            return gst_video_frame_copy(out, in) ? GST_FLOW_OK : GST_FLOW_ERROR;
+    }
     Work &work = *self->work;
     const int method = self->active;
     const int w = GST_VIDEO_FRAME_WIDTH(in), h = GST_VIDEO_FRAME_HEIGHT(in);
@@ -164,6 +175,10 @@ void flipSetProperty(GObject *object, guint id, const GValue *value, GParamSpec 
         storeProperty(&self->parent, self->method, value);
     else
         G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, pspec);
+    // Between methods that keep the size the caps stay as they are: only
+    // passthrough goes on or off, and flipFrame takes the new method.
+    if (!quarterTurn(self->method) && !quarterTurn(self->active))
+        gst_base_transform_set_passthrough(GST_BASE_TRANSFORM(object), self->method == NONE);
     gst_base_transform_reconfigure_src(GST_BASE_TRANSFORM(object));
 }
 

@@ -275,7 +275,7 @@ static void pixmill_scale_class_init(PixmillScaleClass *klass)
         object, PROP_FIXED_KERNELS,
         g_param_spec_boolean("fixed-kernels", "Fixed kernels",
                              "Scale I420 and GRAY8 by exactly 2:1, 1:2, 1:4 or 4:3 with the library's fixed-ratio "
-                             "kernels (off: always bilinear)",
+                             "kernels (off: always bilinear); read when the caps are set",
                              TRUE, static_cast<GParamFlags>(G_PARAM_READWRITE | G_PARAM_STATIC_STRINGS)));
     setUpClass(filter, kFormats, kFormats,
                {"pixmill scaler", "Filter/Converter/Video/Scaler",
