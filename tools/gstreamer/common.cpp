@@ -242,8 +242,10 @@ GstCaps *withFormats(GstCaps *caps, const std::vector<GstVideoFormat> &formats, 
 
 GstCaps *templateCaps(const std::vector<GstVideoFormat> &formats)
 {
+    // Whole frames only: the turns, mirrors and vertical filters would mix
+    // the fields of interlaced ones.
     GstCaps *any = gst_caps_from_string("video/x-raw, width=(int)[1,65535], height=(int)[1,65535], "
-                                        "framerate=(fraction)[0/1,2147483647/1]");
+                                        "framerate=(fraction)[0/1,2147483647/1], interlace-mode=(string)progressive");
     GstCaps *caps = withFormats(any, formats, false);
     gst_caps_unref(any);
     return caps;
