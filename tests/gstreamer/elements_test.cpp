@@ -262,6 +262,36 @@ TEST(PixmillConvert, OddSizesWhereTheOperationTakesThem)
     expectConverts(GST_VIDEO_FORMAT_Y42B, GST_VIDEO_FORMAT_BGR, 17, 9, 601, 0);
 }
 
+// A matrix or a half turn set while playing keeps the caps and still applies
+// from the next frame.
+TEST(PixmillConvert, PropertyChangesWhilePlaying)
+{
+    const GstVideoInfo in = infoOf(GST_VIDEO_FORMAT_I420, 18, 10), out = infoOf(GST_VIDEO_FORMAT_RGB16, 18, 10);
+    GstHarness *h = gst_harness_new("pixmillconvert");
+    gst_harness_set_caps(h, gst_video_info_to_caps(&in), gst_caps_from_string("video/x-raw,format=RGB16"));
+    std::mt19937 rng(13);
+    const struct {
+        const char *property, *value;
+        int matrix;
+        Rotation rotation;
+    } steps[] = {{"matrix", "bt601", 601, ROTATE_NONE},
+                 {"matrix", "bt709", 709, ROTATE_NONE},
+                 {"rotation", "180", 709, ROTATE_180},
+                 {"matrix", "bt601", 601, ROTATE_180}};
+    for (const auto &step : steps) {
+        gst_util_set_object_arg(G_OBJECT(h->element), step.property, step.value);
+        GstBuffer *buffer = randomBuffer(in, rng);
+        const Bytes src = tightOf(buffer, in);
+        GstBuffer *result = gst_harness_push_and_pull(h, buffer);
+        ASSERT_NE(result, nullptr);
+        EXPECT_TRUE(tightOf(result, out) == expectedConvert(GST_VIDEO_FORMAT_I420, GST_VIDEO_FORMAT_RGB16, 18, 10,
+                                                            step.matrix, step.rotation, src))
+            << step.property << "=" << step.value;
+        gst_buffer_unref(result);
+    }
+    gst_harness_teardown(h);
+}
+
 TEST(PixmillConvert, SameFormatPassesTheBufferThrough)
 {
     GstHarness *h = gst_harness_new("pixmillconvert");
