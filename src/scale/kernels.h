@@ -8,26 +8,13 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "scale/bilinear_walk.h"
+
 namespace pixmill {
 
-// Up to eight neighbouring target samples of a row whose taps all lie in the
-// 16 source bytes from `base` on. Lane t takes its near tap from byte
-// taps[2t] and its far tap from byte taps[2t + 1] of those 16, with phase
-// phase[t]; lanes past the group's size repeat lane 0.
-struct ColumnGroup {
-    int32_t base;
-    uint8_t taps[16];
-    uint16_t phase[8];
-};
-
 struct ScaleKernels {
-    // Horizontal pass of one source row: for each group g and each of its
-    // `size` lanes t, out[g * size + t] = (8 - px) * near + px * far. Writes
-    // eight samples per group, so `out` has room for seven more than it
-    // keeps; the lanes past `size` are overwritten by the next group.
-    size_t (*filterColumns)(const uint8_t *row, const ColumnGroup *groups, size_t count, size_t size, int16_t *out);
-    // Vertical pass: out[i] = ((8 - py) * upper[i] + py * lower[i]) >> 6.
-    size_t (*blendRows)(const int16_t *upper, const int16_t *lower, int32_t py, uint8_t *out, size_t n);
+    // The two passes of the bilinear plane scaler.
+    BilinearRowKernels bilinear;
 
     // Fixed ratios; `n` counts target samples of one row, or blocks.
     // downby2: out[i] = (9a + 3b + 3c + d) >> 4 from a = top[2i], b =
