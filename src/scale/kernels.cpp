@@ -23,6 +23,56 @@ HWY_INLINE V truncatingAverage(V a, V b)
     return hn::Sub(hn::AverageRound(a, b), hn::And(hn::Xor(a, b), hn::Set(d, 1)));
 }
 
+// Red, green and blue of RGB565 pixels as bytes with their bits at the top.
+template <class D>
+HWY_INLINE void channels(D d, hn::Vec<D> p, hn::Vec<D> c[3])
+{
+    c[0] = hn::And(hn::ShiftRight<8>(p), hn::Set(d, 0xF8));
+    c[1] = hn::And(hn::ShiftRight<3>(p), hn::Set(d, 0xFC));
+    c[2] = hn::And(hn::ShiftLeft<3>(p), hn::Set(d, 0xFF));
+}
+
+size_t filterPixels(const uint16_t *row, const PixelGroup *groups, size_t count, size_t size, int16_t *const out[3])
+{
+    const hn::FixedTag<uint8_t, 16> d8;
+    const hn::FixedTag<uint16_t, 8> du;
+    const hn::FixedTag<int16_t, 8> d16;
+    for (size_t g = 0, at = 0; g < count; ++g, at += size) {
+        const PixelGroup &group = groups[g];
+        const auto pixels = hn::LoadU(d8, reinterpret_cast<const uint8_t *>(row + group.base));
+        hn::Vec<decltype(du)> left[3], right[3];
+        channels(du, hn::BitCast(du, hn::TableLookupBytes(pixels, hn::LoadU(d8, group.left))), left);
+        channels(du, hn::BitCast(du, hn::TableLookupBytes(pixels, hn::LoadU(d8, group.right))), right);
+        const auto px = hn::BitCast(d16, hn::LoadU(du, group.phase));
+        for (int c = 0; c < 3; ++c) {
+            const auto l = hn::BitCast(d16, left[c]), r = hn::BitCast(d16, right[c]);
+            hn::StoreU(hn::Add(hn::ShiftLeft<3>(l), hn::Mul(hn::Sub(r, l), px)), d16, out[c] + at);
+        }
+    }
+    return count;
+}
+
+size_t blendPixels(const int16_t *const upper[3], const int16_t *const lower[3], int32_t py, uint16_t *out, size_t n)
+{
+    const hn::ScalableTag<int16_t> d;
+    const hn::RebindToUnsigned<decltype(d)> du;
+    const size_t N = hn::Lanes(d);
+    const auto w = hn::Set(d, static_cast<int16_t>(py));
+    size_t i = 0;
+    for (; i + N <= n; i += N) {
+        hn::Vec<decltype(du)> sum[3];
+        for (int c = 0; c < 3; ++c) {
+            const auto u = hn::LoadU(d, upper[c] + i), l = hn::LoadU(d, lower[c] + i);
+            // (8 - py) * u + py * l, at most 64 * 252
+            sum[c] = hn::BitCast(du, hn::Add(hn::ShiftLeft<3>(u), hn::Mul(hn::Sub(l, u), w)));
+        }
+        const auto red = hn::And(hn::ShiftLeft<2>(sum[0]), hn::Set(du, 0xF800));
+        const auto green = hn::And(hn::ShiftRight<3>(sum[1]), hn::Set(du, 0x07E0));
+        hn::StoreU(hn::Or(red, hn::Or(green, hn::ShiftRight<9>(sum[2]))), du, out + i);
+    }
+    return i;
+}
+
 size_t downby2(const uint8_t *top, const uint8_t *bottom, uint8_t *out, size_t n)
 {
     // One target sample per 16-bit lane, from the two bytes of a source pair.
@@ -142,7 +192,7 @@ size_t upby4(const uint8_t *top, const uint8_t *bottom, uint8_t *const t[4], siz
     return k;
 }
 
-constexpr ScaleKernels kScale{{&filterColumns, &blendRows}, &downby2, &downto3by3, &upby2Row, &average, &upby4};
+constexpr ScaleKernels kScale{{&filterColumns, &blendRows}, &filterPixels, &blendPixels, &downby2, &downto3by3, &upby2Row, &average, &upby4};
 
 } // namespace pixmill::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

@@ -12,9 +12,32 @@
 
 namespace pixmill {
 
+// Up to eight neighbouring target pixels of an RGB565 row whose taps all lie
+// in the 8 source pixels from `base` on: lane t takes its left tap from bytes
+// left[2t], left[2t + 1] of those 16 bytes, its right tap from bytes
+// right[2t], right[2t + 1], and phase phase[t]; lanes past the group's size
+// repeat lane 0.
+struct PixelGroup {
+    int32_t base;
+    uint8_t left[16];
+    uint8_t right[16];
+    uint16_t phase[8];
+};
+
 struct ScaleKernels {
     // The two passes of the bilinear plane scaler.
     BilinearRowKernels bilinear;
+
+    // RGB565 horizontal pass: for each group g, each of its `size` lanes t
+    // and each channel c (red, green, blue as bytes with their bits at the
+    // top), out[c][g * size + t] = (8 - px) * c(left) + px * c(right). Writes
+    // eight samples per group, like filterColumns.
+    size_t (*filterPixels)(const uint16_t *row, const PixelGroup *groups, size_t count, size_t size,
+                           int16_t *const out[3]);
+    // RGB565 vertical pass: per channel sum = (8 - py) * upper + py * lower,
+    // packed as ((R << 2) & 0xF800) | ((G >> 3) & 0x07E0) | (B >> 9).
+    size_t (*blendPixels)(const int16_t *const upper[3], const int16_t *const lower[3], int32_t py, uint16_t *out,
+                          size_t n);
 
     // Fixed ratios; `n` counts target samples of one row, or blocks.
     // downby2: out[i] = (9a + 3b + 3c + d) >> 4 from a = top[2i], b =
