@@ -51,23 +51,38 @@ struct Columns {
 
 class BilinearStrip {
 public:
-    static constexpr int32_t kWidth = 512;
+    // Strips hold at most this many groups and columns, so that a strip
+    // takes some 17 KiB of stack whatever the width.
+    static constexpr int32_t kGroups = 256;
+    static constexpr int32_t kMaxWidth = 2048;
 
-    // The target columns [from, from + n) of `c`, n at most kWidth.
-    BilinearStrip(const BilinearRowKernels &k, const Columns &c, int32_t from, int32_t n) : k_(k), n_(n)
+    // How many target columns of `c` a strip takes: as many as its groups
+    // cover, or kMaxWidth when no group serves.
+    static int32_t width(const Columns &c)
     {
-        int32_t pos = c.start + from * c.step;
-        for (int32_t i = 0; i < n; ++i, pos += c.step) {
-            col_[i] = positionIndex(pos) << c.shift;
-            phase_[i] = static_cast<uint16_t>(positionPhase(pos));
-            far_[i] = static_cast<uint8_t>(from + i < c.edgeFrom ? c.far : 0);
-        }
-        // Whole groups whose 16 bytes stay inside the source row go to the
-        // kernel; the columns after them are filtered here.
-        size_ = groupSize(c);
-        while (size_ && (count_ + 1) * size_ <= n && col_[count_ * size_] + 16 <= c.readable &&
-               far_[(count_ + 1) * size_ - 1] == c.far) {
-            fill(groups_[count_], count_ * size_, c.far);
+        const int32_t size = groupSize(c);
+        return size ? kGroups * size : kMaxWidth;
+    }
+
+    // The target columns [from, from + n) of `c`, n at most width(c).
+    BilinearStrip(const BilinearRowKernels &k, const Columns &c, int32_t from, int32_t n)
+        : k_(k), c_(c), from_(from), n_(n), size_(groupSize(c))
+    {
+        // Whole groups whose 16 bytes stay inside the source row and before
+        // the edge go to the kernel; the columns after them are filtered here.
+        while (size_ && (count_ + 1) * size_ <= n && from + (count_ + 1) * size_ <= c.edgeFrom) {
+            ColumnGroup &g = groups_[count_];
+            const int32_t first = from + count_ * size_;
+            g.base = positionIndex(c.start + first * c.step) << c.shift;
+            if (g.base + 16 > c.readable)
+                break;
+            for (int32_t t = 0; t < 8; ++t) {
+                const int32_t pos = c.start + (first + (t < size_ ? t : 0)) * c.step; // past the size: lane 0
+                const int32_t nearTap = (positionIndex(pos) << c.shift) - g.base;
+                g.taps[2 * t] = static_cast<uint8_t>(nearTap);
+                g.taps[2 * t + 1] = static_cast<uint8_t>(nearTap + c.far);
+                g.phase[t] = static_cast<uint16_t>(positionPhase(pos));
+            }
             ++count_;
         }
     }
@@ -96,17 +111,6 @@ private:
         return 0;
     }
 
-    void fill(ColumnGroup &g, int32_t first, int32_t far) const
-    {
-        g.base = col_[first];
-        for (int32_t t = 0; t < 8; ++t) {
-            const int32_t lane = first + (t < size_ ? t : 0);
-            g.taps[2 * t] = static_cast<uint8_t>(col_[lane] - g.base);
-            g.taps[2 * t + 1] = static_cast<uint8_t>(col_[lane] + far - g.base);
-            g.phase[t] = phase_[lane];
-        }
-    }
-
     // The horizontal pass of the source row at `src`, from the slot that
     // holds it or else into slot `s`.
     const int16_t *filtered(const uint8_t *src, int32_t s)
@@ -118,19 +122,22 @@ private:
         held_[s] = src;
         int16_t *h = h_[s];
         k_.filterColumns(src, groups_, size_t(count_), size_t(size_), h);
-        for (int32_t i = count_ * size_; i < n_; ++i)
-            h[i] = static_cast<int16_t>((8 - phase_[i]) * src[col_[i]] + phase_[i] * src[col_[i] + far_[i]]);
+        int32_t i = count_ * size_;
+        for (int32_t pos = c_.start + (from_ + i) * c_.step; i < n_; ++i, pos += c_.step) {
+            const int32_t col = positionIndex(pos) << c_.shift, px = positionPhase(pos);
+            const int32_t far = from_ + i < c_.edgeFrom ? c_.far : 0;
+            h[i] = static_cast<int16_t>((8 - px) * src[col] + px * src[col + far]);
+        }
         return h;
     }
 
     const BilinearRowKernels &k_;
-    int32_t n_, size_ = 0, count_ = 0;
-    int32_t col_[kWidth];
-    uint16_t phase_[kWidth];
-    uint8_t far_[kWidth];
-    ColumnGroup groups_[kWidth / 2];
+    const Columns c_;
+    const int32_t from_, n_, size_;
+    int32_t count_ = 0;
+    ColumnGroup groups_[kGroups];
     const uint8_t *held_[2] = {nullptr, nullptr};
-    int16_t h_[2][kWidth + 8]; // a group stores eight lanes
+    int16_t h_[2][kMaxWidth + 8]; // a group stores eight lanes
 };
 
 } // namespace pixmill

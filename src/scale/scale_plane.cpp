@@ -35,8 +35,9 @@ PIXMILL_INLINE void scaleRow(const uint8_t *upper, const uint8_t *lower, uint8_t
 void scaleInStrips(const BilinearRowKernels &k, const Columns &columns, const uint8_t *corner, ptrdiff_t stride,
                    ptrdiff_t dy, uint8_t *target, int32_t dstW, int32_t dstH, int32_t stepY, int32_t shiftY)
 {
-    for (int32_t i0 = 0; i0 < dstW; i0 += BilinearStrip::kWidth) {
-        BilinearStrip strip(k, columns, i0, min32(BilinearStrip::kWidth, dstW - i0));
+    const int32_t width = BilinearStrip::width(columns);
+    for (int32_t i0 = 0; i0 < dstW; i0 += width) {
+        BilinearStrip strip(k, columns, i0, min32(width, dstW - i0));
         uint8_t *out = target + i0;
         int32_t posY = 0;
         for (int32_t j = 0; j < dstH; ++j, posY += stepY, out += dstW) {

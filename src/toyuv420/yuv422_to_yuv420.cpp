@@ -86,8 +86,9 @@ void scaleFast(const Yuv422ScaleKernels &k, const Plane &p, int32_t readable, in
         }
     } else {
         const Columns columns{1, stepX, 0, 1, p.edgeFrom, readable};
-        for (int32_t i0 = 0; i0 < p.count; i0 += BilinearStrip::kWidth) {
-            BilinearStrip strip(k.bilinear, columns, i0, min32(BilinearStrip::kWidth, p.count - i0));
+        const int32_t stripWidth = BilinearStrip::width(columns);
+        for (int32_t i0 = 0; i0 < p.count; i0 += stripWidth) {
+            BilinearStrip strip(k.bilinear, columns, i0, min32(stripWidth, p.count - i0));
             uint8_t *o = out + i0;
             for (int32_t j = 0, pos = 1; j < rows; ++j, pos += rowStep, o += width) {
                 const uint8_t *upper = upperRow(pos);
