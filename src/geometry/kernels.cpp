@@ -4,7 +4,7 @@
 #include "frame/simd.h"
 #include "geometry/kernels.h"
 
-#if PIXMILL_SIMD
+#if PIXMILL_VECTOR_TARGET
 HWY_BEFORE_NAMESPACE();
 namespace pixmill::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
@@ -19,11 +19,9 @@ HWY_INLINE size_t wholeVectors(size_t n, const Step &step)
     size_t i = 0;
     for (; i + hn::Lanes(d) <= n; i += hn::Lanes(d))
         step(d, i);
-#if HWY_TARGET != HWY_SCALAR
     const hn::CappedTag<T, 16 / sizeof(T)> d128;
     for (; i + hn::Lanes(d128) <= n; i += hn::Lanes(d128))
         step(d128, i);
-#endif
     return i;
 }
 
@@ -81,7 +79,6 @@ size_t swapReverse8(const uint8_t *inA, const uint8_t *inB, uint8_t *outA, uint8
 // within 128-bit blocks, so a wider vector turns one tile per block side by
 // side: block b of vector c is column 16 * b + c of the band (bytes).
 
-#if HWY_TARGET != HWY_SCALAR
 using Tile8 = hn::FixedTag<uint8_t, 16>;
 using Tile16 = hn::FixedTag<uint16_t, 8>;
 
@@ -254,14 +251,6 @@ size_t expand565(const uint16_t *in, uint8_t *out, size_t n, bool backwards, con
     }
     return i;
 }
-#else
-// Highway's one-lane fallback has neither 128-bit tiles nor lane pairs; its
-// set is never chosen.
-size_t transpose8(const uint8_t *, ptrdiff_t, uint8_t *, ptrdiff_t, ptrdiff_t, size_t) { return 0; }
-size_t transpose16(const uint16_t *, ptrdiff_t, uint16_t *, ptrdiff_t, size_t) { return 0; }
-size_t expandTurned565(const uint16_t *, ptrdiff_t, uint8_t *, ptrdiff_t, size_t, const ExpandFill &) { return 0; }
-size_t expand565(const uint16_t *, uint8_t *, size_t, bool, const ExpandFill &) { return 0; }
-#endif
 
 constexpr GeometryKernels kGeometry{&reverse16,   &reverse8,    &swap8,     &swapReverse8,
                                     &transpose8,  &transpose16, &expand565, &expandTurned565};

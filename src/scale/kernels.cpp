@@ -10,7 +10,7 @@
 
 // The kernels work on 16-byte blocks; Highway's one-lane fallback target
 // gets none (the plain code serves there).
-#if PIXMILL_SIMD && HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128
+#if PIXMILL_VECTOR_TARGET
 HWY_BEFORE_NAMESPACE();
 namespace pixmill::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;

@@ -6,7 +6,7 @@
 
 #include "scale/bilinear_rows-inl.h"
 
-#if PIXMILL_SIMD && HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128
+#if PIXMILL_VECTOR_TARGET
 HWY_BEFORE_NAMESPACE();
 namespace pixmill::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
