@@ -217,32 +217,39 @@ HWY_INLINE void transpose8x8(V8x16 v[8])
     }
 }
 
-template <bool rowsDown>
-HWY_INLINE void turnTileRows(const uint16_t *tile, uint16_t *at, ptrdiff_t col)
+// Stores in the order of rising addresses: a row move of 1 puts the words
+// of a tile column in order, and a column move below 0 takes the tile's
+// columns from the last.
+template <bool wordsUp, bool colsUp>
+HWY_INLINE void turnTileIn(const uint16_t *tile, uint16_t *at, ptrdiff_t col)
 {
     const D8x16 d;
     V8x16 v[8];
-    for (int32_t c = 0; c < kTileCols; c += 8)
-        for (int32_t r = 0; r < kTileRows; r += 8) {
+    for (int32_t block = 0; block < kTileCols; block += 8) {
+        const int32_t c = colsUp ? block : kTileCols - 8 - block;
+        for (int32_t strip = 0; strip < kTileRows; strip += 8) {
+            const int32_t r = wordsUp ? strip : kTileRows - 8 - strip;
             for (int32_t i = 0; i < 8; ++i)
                 v[i] = hn::LoadU(d, tile + (r + i) * kTileCols + c);
             transpose8x8(v);
-            for (int32_t i = 0; i < 8; ++i) {
-                uint16_t *p = at + (c + i) * col + (rowsDown ? r : -r);
-                if constexpr (rowsDown)
-                    hn::StoreU(v[i], d, p);
+            for (int32_t j = 0; j < 8; ++j) {
+                const int32_t i = colsUp ? j : 7 - j;
+                uint16_t *p = at + (c + i) * col;
+                if constexpr (wordsUp)
+                    hn::StoreU(v[i], d, p + r);
                 else
-                    hn::StoreU(hn::Reverse(d, v[i]), d, p - 7);
+                    hn::StoreU(hn::Reverse(d, v[i]), d, p - r - 7);
             }
         }
+    }
 }
 
 void turnTile(const uint16_t *tile, uint16_t *at, ptrdiff_t col, ptrdiff_t row)
 {
     if (row > 0)
-        turnTileRows<true>(tile, at, col);
+        col > 0 ? turnTileIn<true, true>(tile, at, col) : turnTileIn<true, false>(tile, at, col);
     else
-        turnTileRows<false>(tile, at, col);
+        col > 0 ? turnTileIn<false, true>(tile, at, col) : turnTileIn<false, false>(tile, at, col);
 }
 
 constexpr Yuv2RgbKernels kYuv2Rgb{

@@ -34,7 +34,7 @@ enum Direction { LeftToRight, RightToLeft };
 // A turned tile: kTileRows source rows of kTileCols words, rows kTileCols
 // words apart, as the pair kernels wrote them left to right.
 inline constexpr int32_t kTileRows = 16;
-inline constexpr int32_t kTileCols = 64;
+inline constexpr int32_t kTileCols = 128;
 
 struct Yuv2RgbKernels {
     // Whole images, row pairs: BT.601 truncating without offsets to R,G,B;

@@ -251,8 +251,13 @@ PIXMILL_INLINE void convertInTiles(const Yuv2RgbKernels *k, bool chromaPerRow, c
     const int32_t tw = w - w % kTileCols;
     const int32_t th = h - h % kTileRows;
     alignas(64) uint16_t tile[kTileRows * kTileCols];
-    for (int32_t r = 0; r < th; r += kTileRows)
-        for (int32_t c = 0; c < tw; c += kTileCols) {
+    // Down one band of kTileCols source columns after the other, in the order
+    // of rising addresses on the surface: a band's kTileCols surface rows
+    // are finished while they are in the cache.
+    for (int32_t band = 0; band < tw; band += kTileCols)
+        for (int32_t strip = 0; strip < th; strip += kTileRows) {
+            const int32_t c = t.col < 0 ? tw - kTileCols - band : band;
+            const int32_t r = t.row < 0 ? th - kTileRows - strip : strip;
             convert(shifted(s, c, r, chromaPerRow), Target{tile, 1, kTileCols}, kTileCols, kTileRows);
             k->turnTile(tile, t.at + c * t.col + r * t.row, t.col, t.row);
         }

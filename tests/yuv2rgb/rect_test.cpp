@@ -151,7 +151,7 @@ TEST_P(RectConversion, MatchesModelOnRandomCases)
     // tiles, and a few up to 2000 wide.
     // The last case is a 512 by 512 frame that has every chroma pair.
     for (int i = 0; i <= 3000; ++i) {
-        const int32_t width = i == 3000 ? 512 : rng.range(1, i < 1800 ? 10 : i < 2900 ? 150 : 2000);
+        const int32_t width = i == 3000 ? 512 : rng.range(1, i < 1800 ? 10 : i < 2900 ? 280 : 2000);
         const int32_t height = i == 3000 ? 512 : rng.range(1, i < 1800 ? 10 : i < 2900 ? 40 : 20);
         const size_t misalign = size_t(rng.range(0, 3));
         // Planes two rows and columns larger than the record says: a rectangle
