@@ -142,7 +142,10 @@ PIXMILL_INLINE Source shifted(const Source &s, int32_t c, int32_t r, bool chroma
     return {s.y + r * s.lumaStride + c, s.u + chroma, s.v + chroma, s.lumaStride, s.chromaStride};
 }
 
-PIXMILL_INLINE Target shifted(const Target &t, int32_t c, int32_t r) { return {t.at + c * t.col + r * t.row, t.col, t.row}; }
+PIXMILL_INLINE Target shifted(const Target &t, int32_t c, int32_t r)
+{
+    return {t.at + c * t.col + r * t.row, t.col, t.row};
+}
 
 // Of a kernel pair (left to right, right to left), the one that writes where
 // one source column moves one word, if any.
@@ -299,9 +302,10 @@ struct BottomUpBlocks {
         const Target t = place(BottomUp[code], d, ew, code == ROTATE_NONE ? size.ch : eh);
         const Yuv2RgbKernels *k = yuv2rgbKernels();
         const PairKernel<uint16_t> *fast = k ? (chromaPerRow ? k->rgb565From422 : k->rgb565From420) : nullptr;
-        convertInTiles(k, chromaPerRow, s, t, ew, eh, [fast](const Source &from, const Target &to, int32_t w, int32_t h) {
+        const auto convert = [fast](const Source &from, const Target &to, int32_t w, int32_t h) {
             convertBlocks<chromaPerRow>(Coeff601, from, to, w, h, fast);
-        });
+        };
+        convertInTiles(k, chromaPerRow, s, t, ew, eh, convert);
         if constexpr (code == ROTATE_NONE)
             repeatOddEdges(t, size.cw, size.ch);
     }
