@@ -254,11 +254,12 @@ PIXMILL_INLINE void convertInTiles(const Yuv2RgbKernels *k, bool chromaPerRow, c
     const int32_t tw = w - w % kTileCols;
     const int32_t th = h - h % kTileRows;
     alignas(64) uint16_t tile[kTileRows * kTileCols];
-    // Down one band of kTileCols source columns after the other, in the order
-    // of rising addresses on the surface: a band's kTileCols surface rows
-    // are finished while they are in the cache.
-    for (int32_t band = 0; band < tw; band += kTileCols)
-        for (int32_t strip = 0; strip < th; strip += kTileRows) {
+    // Strips of kTileRows source rows, and tiles across each strip, both
+    // taken in the order of rising addresses on the surface; the source is
+    // read along its rows. (Down bands of columns instead was about twice as
+    // slow on a busy machine.)
+    for (int32_t strip = 0; strip < th; strip += kTileRows)
+        for (int32_t band = 0; band < tw; band += kTileCols) {
             const int32_t c = t.col < 0 ? tw - kTileCols - band : band;
             const int32_t r = t.row < 0 ? th - kTileRows - strip : strip;
             convert(shifted(s, c, r, chromaPerRow), Target{tile, 1, kTileCols}, kTileCols, kTileRows);
