@@ -8,6 +8,7 @@ namespace {
 
 struct Bgr24From420 : ChromaOf<Terms::Rounding, Coeff709, false> {
     using Out = uint8_t;
+    static PairKernel<uint8_t> kernel(const Yuv2RgbKernels &k) { return k.bgr24From420; }
     static constexpr int32_t kUnits = 3;
     template <int row, int col>
     static PIXMILL_INLINE void put(uint8_t *p, int32_t luma, const ChromaTerms &t)

@@ -6,6 +6,7 @@ namespace {
 
 struct Rgb565From420 : ChromaOf<Terms::Truncating, Coeff601, false> {
     using Out = uint16_t;
+    static PairKernel<uint16_t> kernel(const Yuv2RgbKernels &k) { return k.rgb565From420[LeftToRight]; }
     static constexpr int32_t kUnits = 1;
     template <int row, int col>
     static PIXMILL_INLINE void put(uint16_t *p, int32_t luma, const ChromaTerms &t)

@@ -6,6 +6,7 @@ namespace {
 
 struct Rgb888From420 : ChromaOf<Terms::Truncating, Coeff601, false> {
     using Out = uint8_t;
+    static PairKernel<uint8_t> kernel(const Yuv2RgbKernels &k) { return k.rgb888From420; }
     static constexpr int32_t kUnits = 3;
     template <int row, int col>
     static PIXMILL_INLINE void put(uint8_t *p, int32_t luma, const ChromaTerms &t)

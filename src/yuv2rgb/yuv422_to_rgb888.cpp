@@ -9,6 +9,7 @@ namespace {
 
 struct Bgr888From422 : ChromaOf<Terms::Truncating, Coeff601, true> {
     using Out = uint8_t;
+    static PairKernel<uint8_t> kernel(const Yuv2RgbKernels &k) { return k.bgr888From422; }
     static constexpr int32_t kUnits = 3;
     template <int row, int col>
     static PIXMILL_INLINE void put(uint8_t *p, int32_t luma, const ChromaTerms &t)
