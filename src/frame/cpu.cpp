@@ -1,6 +1,7 @@
 // Choice of the vector target; see cpu.h.
 #include "frame/cpu.h"
 
+#include <atomic>
 #include <cstdlib>
 
 #if PIXMILL_SIMD
@@ -48,10 +49,22 @@ int64_t choose()
 
 int64_t target()
 {
-    // Initialised once under the language's own guard: concurrent first calls
-    // wait for one another and all see the same whole value.
-    static const int64_t chosen = choose();
-    return chosen;
+    // The choice is kept as the target's bit number plus one (0: the plain
+    // code; -1: not made yet) in one atomic word, so no thread can see it
+    // half written. Threads that find it unmade all make the same choice and
+    // store the same value; it never changes after that. The word needs no
+    // run-time initialisation and no lock.
+    static std::atomic<int32_t> chosen{-1};
+    int32_t bit = chosen.load(std::memory_order_relaxed);
+    if (bit < 0) {
+        const int64_t t = choose();
+        bit = 0;
+        while (t != 0 && (t >> bit) != 1)
+            ++bit;
+        bit = t != 0 ? bit + 1 : 0;
+        chosen.store(bit, std::memory_order_relaxed);
+    }
+    return bit == 0 ? 0 : int64_t(1) << (bit - 1);
 }
 
 int64_t builtTargets()

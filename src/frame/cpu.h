@@ -1,6 +1,6 @@
 // The vector target of this process. Every fast path of the library runs the
 // kernels compiled for one Highway target: the best one that the build has
-// and this CPU runs, chosen once, on first use, and constant from then on.
+// and this CPU runs, chosen on first use, and constant from then on.
 // The environment can lower the choice, never raise it:
 //
 //   PIXMILL_CPU=scalar   the plain per-pixel code alone, no kernel at all;
