@@ -24,6 +24,12 @@
  *    0 (ran) / -1 (refused, nothing written). -1 is the only failure value.
  *  - Only the checks each operation documents are made. Buffer sizes and the
  *    Frame pointer itself are never checked: they are the caller's to keep.
+ *  - Speed: on x86-64 (SSE4, AVX2, AVX-512) and 64-bit ARM (NEON) the
+ *    operations run vector row kernels, chosen once per process for the CPU.
+ *    They give exactly the bytes of the plain per-pixel rules. The
+ *    environment variable PIXMILL_CPU=scalar makes every operation run the
+ *    plain rules; PIXMILL_CPU=SSE4|AVX2|AVX3|NEON caps the choice at that
+ *    target. It is read on the first call only.
  */
 #ifndef PIXMILL_H
 #define PIXMILL_H
