@@ -236,13 +236,36 @@ PIXMILL_INLINE void convertRow(const Coeffs &k, const uint8_t *y, const uint8_t 
         *out = rgb565(y, terms(k, u, v), Dither2x2[0][0]);
 }
 
+// Starts of the tiles along one side of n units: every `tile` units from 0,
+// the last one moved back to end at n (one short of an odd n), so that each
+// tile starts on an even unit; none when n is below a tile. Taken from the
+// last when `down`.
+struct TileStarts {
+    int32_t covered; // units from 0 that the tiles cover
+    int32_t count;
+    int32_t tile;
+    bool down;
+    PIXMILL_INLINE int32_t operator[](int32_t i) const
+    {
+        const int32_t k = down ? count - 1 - i : i;
+        return k * tile < covered - tile ? k * tile : covered - tile;
+    }
+};
+
+PIXMILL_INLINE TileStarts tileStarts(int32_t n, int32_t tile, bool down)
+{
+    const int32_t covered = n >= tile ? n & ~1 : 0;
+    return {covered, (covered + tile - 1) / tile, tile, down};
+}
+
 // A w x h area under a quarter turn, with kernels: tiles of kTileRows x
 // kTileCols source pixels go left to right into a stack buffer and from
-// there, turned, onto the surface in runs of words along its rows; the
-// strips right of and below the whole tiles, and any area that is not
-// turned, go straight to the surface. `convert(source, target, w, h)`
-// converts an area the walk's own way; tiles start on even rows and columns,
-// so that every pixel keeps its offsets.
+// there, turned, onto the surface in runs of words along its rows. The last
+// tile of a strip or band overlaps the one before it, which it rewrites with
+// the same words, so that only an odd last column or row, an area smaller
+// than a tile, or one that is not turned, goes straight to the surface.
+// `convert(source, target, w, h)` converts an area the walk's own way; tiles
+// start on even rows and columns, so that every pixel keeps its offsets.
 template <class Convert>
 PIXMILL_INLINE void convertInTiles(const Yuv2RgbKernels *k, bool chromaPerRow, const Source &s, const Target &t,
                                    int32_t w, int32_t h, Convert convert)
@@ -251,20 +274,23 @@ PIXMILL_INLINE void convertInTiles(const Yuv2RgbKernels *k, bool chromaPerRow, c
         convert(s, t, w, h);
         return;
     }
-    const int32_t tw = w - w % kTileCols;
-    const int32_t th = h - h % kTileRows;
+    const TileStarts cols = tileStarts(w, kTileCols, t.col < 0);
+    const TileStarts rows = tileStarts(h, kTileRows, t.row < 0);
     alignas(64) uint16_t tile[kTileRows * kTileCols];
     // Strips of kTileRows source rows, and tiles across each strip, both
     // taken in the order of rising addresses on the surface; the source is
     // read along its rows. (Down bands of columns instead was about twice as
     // slow on a busy machine.)
-    for (int32_t strip = 0; strip < th; strip += kTileRows)
-        for (int32_t band = 0; band < tw; band += kTileCols) {
-            const int32_t c = t.col < 0 ? tw - kTileCols - band : band;
-            const int32_t r = t.row < 0 ? th - kTileRows - strip : strip;
-            convert(shifted(s, c, r, chromaPerRow), Target{tile, 1, kTileCols}, kTileCols, kTileRows);
-            k->turnTile(tile, t.at + c * t.col + r * t.row, t.col, t.row);
-        }
+    if (cols.count > 0)
+        for (int32_t strip = 0; strip < rows.count; ++strip)
+            for (int32_t band = 0; band < cols.count; ++band) {
+                const int32_t c = cols[band];
+                const int32_t r = rows[strip];
+                convert(shifted(s, c, r, chromaPerRow), Target{tile, 1, kTileCols}, kTileCols, kTileRows);
+                k->turnTile(tile, t.at + c * t.col + r * t.row, t.col, t.row);
+            }
+    const int32_t tw = rows.count > 0 ? cols.covered : 0;
+    const int32_t th = cols.count > 0 ? rows.covered : 0;
     convert(shifted(s, tw, 0, chromaPerRow), shifted(t, tw, 0), w - tw, th);
     convert(shifted(s, 0, th, chromaPerRow), shifted(t, 0, th), w, h - th);
 }
