@@ -143,18 +143,38 @@ size_t rgb565Blocks(const uint16_t *first, const uint16_t *second, uint8_t *lowe
 }
 
 // ---- B,G,R bytes ------------------------------------------------------------
-// Luma in 16-bit lanes: with each Q16 weight split as 256 * high + low, the
-// sum is 256 * A + B for A = 76 r + 150 g + 29 b and B = 139 r + 70 g + 47 b,
-// both at most 65280 for bytes, and (256 * A + B) >> 16 equals
-// (A + (B >> 8)) >> 8, since B's low byte cannot carry into bit 16.
-static_assert(76 * 256 + 139 == 19595 && 150 * 256 + 70 == 38470 && 29 * 256 + 47 == 7471, "luma weights");
+// Luma from one 16-bit multiply-add. The Q16 weights sum to 65536, so
+//   19595 r + 38470 g + 7471 b = 65536 g + X,  X = 19595 (r - g) + 7471 (b - g),
+// and the luma is g + (X >> 16), the shift arithmetic; |X| < 2^23, and the
+// pair (r - g, b - g) times (19595, 7471) fits the signed 16-bit operands.
+static_assert(19595 + 38470 + 7471 == 65536, "luma weights");
 
-HWY_INLINE V16 bgrLuma(V16 b, V16 g, V16 r)
+using DI32 = hn::ScalableTag<int32_t>;
+using VI32 = hn::Vec<DI32>;
+
+// X >> 16 of each 32-bit lane whose low half holds r - g and high half b - g.
+HWY_INLINE VI32 lumaOffset(VI32 pairs, VI32 weights)
 {
-    const D16 d;
-    const V16 a = hn::Add(hn::Add(mulConst(r, uint16_t(76)), mulConst(g, uint16_t(150))), mulConst(b, uint16_t(29)));
-    const V16 lo = hn::Add(hn::Add(mulConst(r, uint16_t(139)), mulConst(g, uint16_t(70))), mulConst(b, uint16_t(47)));
-    return hn::ShiftRight<8>(hn::Add(a, hn::ShiftRight<8>(lo)));
+    const DI32 d;
+    const DI16 dw;
+    VI32 odd = hn::Zero(d);
+    const VI32 x = hn::ReorderWidenMulAccumulate(d, hn::BitCast(dw, pairs), hn::BitCast(dw, weights), hn::Zero(d), odd);
+    return hn::RearrangeToOddPlusEven(x, odd);
+}
+
+// Luma of one 16-bit lane per pixel.
+HWY_INLINE V16 bgrLuma(V16 b, V16 g, V16 r, VI32 weights)
+{
+    const DI32 d;
+    const D16 dw;
+    const V16 dr = hn::Sub(r, g), db = hn::Sub(b, g);
+    const auto wide = [&](V16 v) { return hn::BitCast(d, v); };
+    const auto words = [&](VI32 v) { return hn::BitCast(dw, v); };
+    // The pairs of the even lanes, then of the odd lanes; the high halves of
+    // their sums, back in the lanes they came from.
+    const VI32 even = lumaOffset(wide(hn::OddEven(words(hn::ShiftLeft<16>(wide(db))), dr)), weights);
+    const VI32 odd = lumaOffset(wide(hn::OddEven(db, words(hn::ShiftRight<16>(wide(dr))))), weights);
+    return hn::Add(g, hn::OddEven(words(odd), words(hn::ShiftRight<16>(even))));
 }
 
 // Channel sums of the horizontal pixel pairs of one row, one pair per
@@ -165,7 +185,7 @@ struct PairSums {
 
 // Luma of Lanes(D8) pixels of one row, stored at y; returns the row's
 // pair sums.
-HWY_INLINE PairSums bgrRow(const uint8_t *px, uint8_t *y)
+HWY_INLINE PairSums bgrRow(const uint8_t *px, uint8_t *y, VI32 weights)
 {
     const D8 d8;
     const D16 d16;
@@ -176,7 +196,7 @@ HWY_INLINE PairSums bgrRow(const uint8_t *px, uint8_t *y)
     const V16 b = hn::BitCast(d16, b8), g = hn::BitCast(d16, g8), r = hn::BitCast(d16, r8);
     const V16 b0 = hn::And(b, lowByte), g0 = hn::And(g, lowByte), r0 = hn::And(r, lowByte);
     const V16 b1 = hn::ShiftRight<8>(b), g1 = hn::ShiftRight<8>(g), r1 = hn::ShiftRight<8>(r);
-    const V16 luma = hn::Or(bgrLuma(b0, g0, r0), hn::ShiftLeft<8>(bgrLuma(b1, g1, r1)));
+    const V16 luma = hn::Or(bgrLuma(b0, g0, r0, weights), hn::ShiftLeft<8>(bgrLuma(b1, g1, r1, weights)));
     hn::StoreU(hn::BitCast(d8, luma), d8, y);
     return {hn::Add(b0, b1), hn::Add(g0, g1), hn::Add(r0, r1)};
 }
@@ -213,10 +233,11 @@ size_t bgr24Blocks(const uint8_t *top, const uint8_t *bottom, uint8_t *yTop, uin
     const D16 d;
     const size_t N = hn::Lanes(d); // blocks per step: Lanes(D8) pixels a row
     const V16 full = hn::Set(d, 1020 << 6);
+    const VI32 weights = hn::Set(DI32(), 19595 | 7471 << 16);
     size_t i = 0;
     for (; i + N <= blocks; i += N) {
-        const PairSums t = bgrRow(top + 6 * i, yTop + 2 * i);
-        const PairSums s = bgrRow(bottom + 6 * i, yBottom + 2 * i);
+        const PairSums t = bgrRow(top + 6 * i, yTop + 2 * i, weights);
+        const PairSums s = bgrRow(bottom + 6 * i, yBottom + 2 * i, weights);
         const V16 b = hn::ShiftLeft<6>(hn::Add(t.b, s.b)), g = hn::ShiftLeft<6>(hn::Add(t.g, s.g)),
                   r = hn::ShiftLeft<6>(hn::Add(t.r, s.r));
         const V16 gFlipped = hn::Sub(full, g);
