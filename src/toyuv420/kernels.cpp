@@ -158,7 +158,7 @@ HWY_INLINE VI32 weightPair(int16_t w0, int16_t w1)
 HWY_INLINE VI32 wide(V16 v) { return hn::BitCast(DI32(), v); }
 HWY_INLINE V16 words(VI32 v) { return hn::BitCast(D16(), v); }
 
-// (a[2i], b[2i]) and (a[2i + 1], b[2i + 1]) in 32-bit lane i.
+// The pair (a[2i], b[2i]), or (a[2i + 1], b[2i + 1]), in 32-bit lane i.
 HWY_INLINE VI32 evenPairs(V16 a, V16 b) { return wide(hn::OddEven(words(hn::ShiftLeft<16>(wide(b))), a)); }
 HWY_INLINE VI32 oddPairs(V16 a, V16 b) { return wide(hn::OddEven(b, words(hn::ShiftRight<16>(wide(a))))); }
 
