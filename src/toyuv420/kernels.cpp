@@ -143,18 +143,50 @@ size_t rgb565Blocks(const uint16_t *first, const uint16_t *second, uint8_t *lowe
 }
 
 // ---- B,G,R bytes ------------------------------------------------------------
-// Luma in 16-bit lanes: with each Q16 weight split as 256 * high + low, the
-// sum is 256 * A + B for A = 76 r + 150 g + 29 b and B = 139 r + 70 g + 47 b,
-// both at most 65280 for bytes, and (256 * A + B) >> 16 equals
-// (A + (B >> 8)) >> 8, since B's low byte cannot carry into bit 16.
-static_assert(76 * 256 + 139 == 19595 && 150 * 256 + 70 == 38470 && 29 * 256 + 47 == 7471, "luma weights");
+// Every sum of products is formed exactly in 32-bit lanes by 16-bit
+// multiply-adds of lane pairs: w0 * a + w1 * b for the pair (a, b), the pairs
+// taken from the even lanes of two 16-bit vectors, then from the odd ones.
+using DI32 = hn::ScalableTag<int32_t>;
+using VI32 = hn::Vec<DI32>;
+
+// Two signed 16-bit weights, w0 in the low half of each 32-bit lane.
+HWY_INLINE VI32 weightPair(int16_t w0, int16_t w1)
+{
+    return hn::Set(DI32(), int32_t(uint32_t(uint16_t(w0)) | uint32_t(uint16_t(w1)) << 16));
+}
+
+HWY_INLINE VI32 wide(V16 v) { return hn::BitCast(DI32(), v); }
+HWY_INLINE V16 words(VI32 v) { return hn::BitCast(D16(), v); }
+
+// The pair (a[2i], b[2i]), or (a[2i + 1], b[2i + 1]), in 32-bit lane i.
+HWY_INLINE VI32 evenPairs(V16 a, V16 b) { return wide(hn::OddEven(words(hn::ShiftLeft<16>(wide(b))), a)); }
+HWY_INLINE VI32 oddPairs(V16 a, V16 b) { return wide(hn::OddEven(b, words(hn::ShiftRight<16>(wide(a))))); }
+
+// sum + w0 * a + w1 * b of each 32-bit lane holding the pair (a, b); `odd`
+// collects what a target keeps apart (nothing on x86), see sumOf.
+HWY_INLINE VI32 mulAdd(VI32 pairs, VI32 weights, VI32 sum, VI32 &odd)
+{
+    return hn::ReorderWidenMulAccumulate(DI32(), hn::BitCast(DI16(), pairs), hn::BitCast(DI16(), weights), sum, odd);
+}
+HWY_INLINE VI32 sumOf(VI32 sum, VI32 odd) { return hn::RearrangeToOddPlusEven(sum, odd); }
+
+// The high halves (x >> 16) of the sums of the even lanes and of the odd
+// lanes, back in the 16-bit lanes the pairs came from.
+HWY_INLINE V16 highHalves(VI32 even, VI32 odd) { return hn::OddEven(words(odd), words(hn::ShiftRight<16>(even))); }
+
+// Luma. The Q16 weights sum to 65536, so
+//   19595 r + 38470 g + 7471 b = 65536 g + X,  X = 19595 (r - g) + 7471 (b - g),
+// and the luma is g + (X >> 16), the shift arithmetic: one multiply-add of
+// the pair (r - g, b - g), |X| < 2^23.
+static_assert(19595 + 38470 + 7471 == 65536, "luma weights");
 
 HWY_INLINE V16 bgrLuma(V16 b, V16 g, V16 r)
 {
-    const D16 d;
-    const V16 a = hn::Add(hn::Add(mulConst(r, uint16_t(76)), mulConst(g, uint16_t(150))), mulConst(b, uint16_t(29)));
-    const V16 lo = hn::Add(hn::Add(mulConst(r, uint16_t(139)), mulConst(g, uint16_t(70))), mulConst(b, uint16_t(47)));
-    return hn::ShiftRight<8>(hn::Add(a, hn::ShiftRight<8>(lo)));
+    const V16 dr = hn::Sub(r, g), db = hn::Sub(b, g);
+    const VI32 w = weightPair(19595, 7471), zero = hn::Zero(DI32());
+    VI32 oddE = zero, oddO = zero;
+    const VI32 even = mulAdd(evenPairs(dr, db), w, zero, oddE), odd = mulAdd(oddPairs(dr, db), w, zero, oddO);
+    return hn::Add(g, highHalves(sumOf(even, oddE), sumOf(odd, oddO)));
 }
 
 // Channel sums of the horizontal pixel pairs of one row, one pair per
@@ -181,30 +213,17 @@ HWY_INLINE PairSums bgrRow(const uint8_t *px, uint8_t *y)
     return {hn::Add(b0, b1), hn::Add(g0, g1), hn::Add(r0, r1)};
 }
 
-// Chroma in 16-bit lanes from block sums S of at most 1020. The negative
-// weights of U, and those of V, add up to -32768; taking them on the
-// complements 1020 - S turns the sum into P - 1020 * 32768 with P >= 0 a sum
-// of three products w * S' (S' a sum or its complement, 0 < w < 32768), so
-//   128 + (sum >> 18) = (P + 2^17) >> 18,  P + 2^17 < 2^26.
-// With each S' times 64 in a lane (at most 65280), the products 64 * w * S'
-// split into high and low 16-bit halves, and
-//   (P + 2^17) >> 18 = (128 + highs + carries) >> 8,
-// the carries out of the sum of the low halves. Those are multiples of 64, so
-// a carry out of a + b shows in bit 15 of their rounded mean (a + b + 1) >> 1.
-static_assert(11059 + 21709 == 32768 && 5329 + 27439 == 32768, "negative chroma weights");
-
-HWY_INLINE V16 bgrChroma(const V16 (&s64)[3], const uint16_t (&w)[3])
+// Chroma from block sums of at most 1020: two multiply-adds, of the pair
+// (sb, sr) and of the pair (sg, 0), give the signed sum exactly (|sum| < 2^26);
+// its high half shifted by 2 more is sum >> 18, which stays within -128..127.
+HWY_INLINE V16 bgrChroma(const VI32 (&pairs)[4], VI32 wBR, VI32 wG)
 {
-    const D16 d;
-    const V16 f0 = factor(d, w[0]);
-    V16 high = hn::Add(hn::Set(d, 128), hn::MulHigh(s64[0], f0)), low = hn::Mul(s64[0], f0);
-    for (size_t k = 1; k < 3; ++k) {
-        const V16 f = factor(d, w[k]);
-        const V16 lo = hn::Mul(s64[k], f);
-        high = hn::Add(hn::Add(high, hn::MulHigh(s64[k], f)), hn::ShiftRight<15>(hn::AverageRound(low, lo)));
-        low = hn::Add(low, lo);
-    }
-    return hn::ShiftRight<8>(high);
+    const VI32 zero = hn::Zero(DI32());
+    VI32 oddE = zero, oddO = zero;
+    const VI32 even = mulAdd(pairs[0], wBR, mulAdd(pairs[1], wG, zero, oddE), oddE);
+    const VI32 odd = mulAdd(pairs[2], wBR, mulAdd(pairs[3], wG, zero, oddO), oddO);
+    const V16 high = highHalves(sumOf(even, oddE), sumOf(odd, oddO));
+    return hn::Add(hn::Set(D16(), 128), hn::BitCast(D16(), hn::ShiftRight<2>(hn::BitCast(DI16(), high))));
 }
 
 size_t bgr24Blocks(const uint8_t *top, const uint8_t *bottom, uint8_t *yTop, uint8_t *yBottom, uint8_t *u,
@@ -212,18 +231,16 @@ size_t bgr24Blocks(const uint8_t *top, const uint8_t *bottom, uint8_t *yTop, uin
 {
     const D16 d;
     const size_t N = hn::Lanes(d); // blocks per step: Lanes(D8) pixels a row
-    const V16 full = hn::Set(d, 1020 << 6);
     size_t i = 0;
     for (; i + N <= blocks; i += N) {
         const PairSums t = bgrRow(top + 6 * i, yTop + 2 * i);
         const PairSums s = bgrRow(bottom + 6 * i, yBottom + 2 * i);
-        const V16 b = hn::ShiftLeft<6>(hn::Add(t.b, s.b)), g = hn::ShiftLeft<6>(hn::Add(t.g, s.g)),
-                  r = hn::ShiftLeft<6>(hn::Add(t.r, s.r));
-        const V16 gFlipped = hn::Sub(full, g);
-        const V16 uTerms[3] = {b, hn::Sub(full, r), gFlipped}, vTerms[3] = {r, hn::Sub(full, b), gFlipped};
+        const V16 b = hn::Add(t.b, s.b), g = hn::Add(t.g, s.g), r = hn::Add(t.r, s.r), zero = hn::Zero(d);
+        const VI32 pairs[4] = {evenPairs(b, r), evenPairs(g, zero), oddPairs(b, r), oddPairs(g, zero)};
         // U = 128 + ((32767 SB - 11059 SR - 21709 SG) >> 18),
         // V = 128 + ((32767 SR - 5329 SB - 27439 SG) >> 18).
-        const V16 uOut = bgrChroma(uTerms, {32767, 11059, 21709}), vOut = bgrChroma(vTerms, {32767, 5329, 27439});
+        const V16 uOut = bgrChroma(pairs, weightPair(32767, -11059), weightPair(-21709, 0));
+        const V16 vOut = bgrChroma(pairs, weightPair(-5329, 32767), weightPair(-27439, 0));
         storeHalves(narrow16(vOut, uOut), u + i, v + i);
     }
     return i;
