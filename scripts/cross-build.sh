@@ -28,6 +28,7 @@ failures=0
 build() { # build directory, extra configure arguments...
   local dir=$1
   shift
+  mkdir -p "$dir" # its log lies beside it, in build/
   cmake -S . -B "$dir" "${library_only[@]}" "$@" >"$dir.log" 2>&1 &&
     cmake --build "$dir" --target pixmill -j2 >>"$dir.log" 2>&1 ||
     { echo "  build failed, see $dir.log"; tail -20 "$dir.log"; return 1; }

@@ -174,17 +174,20 @@ TEST_F(Cli, EveryExportIsReachableAndTheGalleryShowsThem)
     ASSERT_EQ(ops.code, 0);
     for (const std::string &name : exported)
         EXPECT_NE(ops.out.find("\n" + name + " "), std::string::npos) << name;
-    const Result gallery = run("gallery g");
+    // Both make their directory, parents included.
+    const Result gallery = run("gallery out/g");
     ASSERT_EQ(gallery.code, 0) << gallery.err;
-    const Bytes index = read("g/index.html");
+    const Bytes index = read("out/g/index.html");
     for (const std::string &name : exported)
         EXPECT_NE(index.find("<code>" + name + "</code>"), std::string::npos) << name;
     size_t pngs = 0;
-    for (const auto &entry : fs::directory_iterator(dir_ / "g"))
+    for (const auto &entry : fs::directory_iterator(dir_ / "out/g"))
         pngs += entry.path().extension() == ".png";
     EXPECT_EQ(pngs, 33u);
-    ASSERT_EQ(run("demo .").code, 0);
-    EXPECT_TRUE(exists("pixmill-demo.png"));
+    ASSERT_EQ(run("demo a/b").code, 0);
+    EXPECT_TRUE(exists("a/b/pixmill-demo.png"));
+    write("file", "");
+    EXPECT_NE(run("demo file/d").err.find("file/d: cannot make it the output directory"), std::string::npos);
 }
 
 // ---- Next to ffmpeg ---------------------------------------------------------
