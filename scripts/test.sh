@@ -3,6 +3,8 @@
 # the whole suite twice — a plain optimised build and one under
 # AddressSanitizer + UndefinedBehaviorSanitizer. The benchmarks are built in
 # the plain build so that they keep compiling; they are not run here.
+# PIXMILL_CROSS_TEST="aarch64 [armhf] [windows]" then runs scripts/cross-test.sh
+# for those targets (the suite under qemu-user, the DLL under wine64).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/deps.sh
@@ -15,3 +17,8 @@ for preset in default sanitize; do
   cmake --build --preset "$preset" -j"$jobs"
   ctest --preset "$preset" -j"$jobs"
 done
+if [ -n "${PIXMILL_CROSS_TEST:-}" ]; then
+  echo "=== cross tests: $PIXMILL_CROSS_TEST"
+  read -r -a cross_targets <<<"$PIXMILL_CROSS_TEST"
+  scripts/cross-test.sh "${cross_targets[@]}"
+fi
