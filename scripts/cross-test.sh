@@ -18,7 +18,7 @@ cd "$(dirname "$0")/.."
 
 targets=("$@")
 ((${#targets[@]})) || targets=(aarch64 armhf windows)
-packages=(cmake make gcc g++ googletest)
+packages=(cmake make gcc g++ googletest libhwy-dev)
 for target in "${targets[@]}"; do
   case $target in
     aarch64) packages+=(g++-aarch64-linux-gnu qemu-user) ;;

@@ -1,11 +1,13 @@
 // pixmill: the library's command-line program.
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "args.h"
 #include "commands.h"
+#include "frame/cpu.h"
 
 namespace {
 
@@ -22,6 +24,7 @@ Commands
   ops              every library operation with its formats
   gallery DIR      every operation on the built-in test frame: PNGs and index.html
   demo [DIR]       the built-in test frame as DIR/pixmill-demo.png (the default)
+  version          library version, vector targets built in and the one in use
   COMMAND --help   the options of one command
 
 Files
@@ -101,6 +104,27 @@ void usage(FILE *to)
     std::fputs(kNotes, to);
 }
 
+// Targets as names, best first.
+std::string targetList(int64_t targets)
+{
+    std::string names;
+    for (; targets != 0; targets &= targets - 1)
+        names += std::string(names.empty() ? "" : " ") + pixmill::cpu::targetName(targets & -targets);
+    return names.empty() ? "none" : names;
+}
+
+int printVersion()
+{
+    using namespace pixmill::cpu;
+    std::printf("pixmill %s\n", PIXMILL_VERSION_STRING);
+    std::printf("vector targets built in: %s\n", targetList(builtTargets()).c_str());
+    std::printf("this CPU runs:           %s\n", targetList(runnableTargets()).c_str());
+    const char *cap = std::getenv("PIXMILL_CPU");
+    std::printf("in use:                  %s%s%s\n", targetName(target()), cap ? " (PIXMILL_CPU=" : "",
+                cap ? (std::string(cap) + ")").c_str() : "");
+    return kExitOk;
+}
+
 int dispatch(const std::string &cmd, const std::vector<std::string> &rest)
 {
     const bool help = !rest.empty() && (rest[0] == "--help" || rest[0] == "-h");
@@ -108,6 +132,8 @@ int dispatch(const std::string &cmd, const std::vector<std::string> &rest)
         usage(stdout);
         return kExitOk;
     }
+    if (cmd == "version" || cmd == "--version")
+        return printVersion();
     if (cmd == "demo" || cmd == "gallery" || cmd == "ops") {
         if (help) {
             std::printf("usage: pixmill %s%s\n", cmd.c_str(), cmd == "ops" ? "" : cmd == "demo" ? " [DIR]" : " DIR");

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "frame/platform.h"
+#include "geometry/kernels.h"
 
 namespace pixmill {
 namespace {
@@ -71,9 +72,16 @@ extern "C" PIXMILL_API int32_t gMirrorImageRGB565(const uint16_t *source, uint16
         return -1;
     const Flip f = flipOf(mirrorMode);
     const ptrdiff_t step = partnerStep(f);
+    const GeometryKernels *k = geometryKernels();
     for (ptrdiff_t r = 0; r < sourceHeight; ++r) {
         uint16_t *d = destination + partnerRow(f, r, sourceWidth, sourceHeight);
-        for (ptrdiff_t c = 0; c < sourceWidth; ++c, d += step)
+        ptrdiff_t c = 0;
+        if (k != nullptr && f.cols) {
+            c = static_cast<ptrdiff_t>(k->reverse16(source, d, static_cast<size_t>(sourceWidth)));
+            source += c;
+            d -= c;
+        }
+        for (; c < sourceWidth; ++c, d += step)
             *d = *source++;
     }
     return 0;
