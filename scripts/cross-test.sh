@@ -55,21 +55,24 @@ logged() { # log, command...
   "$@" >>"$log" 2>&1 || { echo "  failed: $*"; tail -30 "$log" | sed 's/^/    /'; return 1; }
 }
 
-# The checksums of the native build, which every other run must match.
+# The checksums of the native build on the plain code, which every other run
+# must match, starting with the native build on its best vector target.
 native_checksums() {
   local dir=$root/native
   mkdir -p "$dir"
   : >"$dir.log"
   logged "$dir.log" cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=Release "${library_only[@]}" &&
-    logged "$dir.log" cmake --build "$dir" --target pixmill_static -j"$jobs" &&
-    logged "$dir.log" gcc -std=c99 -O2 -Wall -Wextra -Werror -DPIXMILL_STATIC -Iinclude "$checksum_source" \
-      "$dir/libpixmill.a" -lstdc++ -o "$dir/export_checksums" &&
-    "$dir/export_checksums" >"$root/native.checksums"
+    logged "$dir.log" cmake --build "$dir" --target pixmill -j"$jobs" &&
+    logged "$dir.log" gcc -std=c99 -O2 -Wall -Wextra -Werror -Iinclude "$checksum_source" \
+      -L"$dir" -lpixmill -Wl,-rpath,"$PWD/$dir" -o "$dir/export_checksums" &&
+    PIXMILL_CPU=scalar "$dir/export_checksums" >"$root/native.checksums" &&
+    "$dir/export_checksums" >"$dir/checksums-best" &&
+    echo -n "  native, PIXMILL_CPU unset against scalar:" && compare_checksums native "$dir/checksums-best"
 }
 
 compare_checksums() { # name, checksum file
   if diff -u "$root/native.checksums" "$2" >"$2.diff"; then
-    echo "  checksums of $(tail -1 "$2" | cut -d' ' -f1) exports equal the native run's"
+    echo " checksums of $(tail -1 "$2" | cut -d' ' -f1) exports equal the native run's"
   else
     echo "  checksums differ from the native run's:"
     sed 's/^/    /' "$2.diff"
@@ -97,14 +100,21 @@ linux_leg() { # name, triplet, qemu
     -DPIXMILL_BUILD_TOOLS=OFF -DPIXMILL_BUILD_EXAMPLES=OFF -DPIXMILL_BUILD_BENCH=OFF -DPIXMILL_BUILD_FUZZ=OFF &&
     logged "$dir.log" cmake --build "$dir/build" -j"$jobs" || return 1
   echo "  $(readelf -h "$dir/build/libpixmill.so" | sed -n "s/^ *Machine: *//p")"
-  local started=$SECONDS ok=0
+  local started=$SECONDS ok=0 cpu
   ctest --test-dir "$dir/build" -j"$jobs" --output-on-failure >"$dir/ctest.log" 2>&1 && ok=1
   grep -E 'tests passed|tests failed' "$dir/ctest.log" | sed "s/^/  /;s/\$/ (under qemu, $((SECONDS - started)) s)/"
+  # Family tests run once per vector target (name@NEON) and on the plain code.
+  for cpu in $(grep -oE 'Test +#[0-9]+: [^ ]+@[A-Za-z0-9_]+ \.+ +Passed' "$dir/ctest.log" | sed 's/.*@//;s/ .*//' | sort -u); do
+    echo "  $(grep -cE "@$cpu \.+ +Passed" "$dir/ctest.log") tests passed with PIXMILL_CPU=$cpu"
+  done
   ((ok)) || { grep -A3 'The following tests FAILED' "$dir/ctest.log" | sed 's/^/  /'; return 1; }
   logged "$dir.log" "$triplet-gcc" -std=c99 -O2 -Wall -Wextra -Werror -Iinclude "$checksum_source" \
-    -L"$dir/build" -lpixmill -Wl,-rpath,"$PWD/$dir/build" -o "$dir/export_checksums" &&
-    "${emulator[@]}" "$dir/export_checksums" >"$dir/checksums" &&
-    compare_checksums "$name" "$dir/checksums"
+    -L"$dir/build" -lpixmill -Wl,-rpath,"$PWD/$dir/build" -o "$dir/export_checksums" || return 1
+  # The checksums on the best target and on the plain code.
+  for cpu in best scalar; do
+    PIXMILL_CPU=${cpu/best/} "${emulator[@]}" "$dir/export_checksums" >"$dir/checksums-$cpu" &&
+      echo -n "  PIXMILL_CPU=${cpu/best/(unset)}:" && compare_checksums "$name" "$dir/checksums-$cpu" || return 1
+  done
 }
 
 # The DLL, its imports, and the checksum program under wine64.
@@ -127,12 +137,11 @@ windows_leg() {
   wine=$(command -v wine64 || echo /usr/lib/wine/wine64)
   WINEPREFIX="$PWD/$dir/wine" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" \
     "$wine" "$dir/export_checksums.exe" 2>>"$dir.log" | tr -d '\r' >"$dir/checksums" || return 1
-  compare_checksums windows "$dir/checksums"
+  echo -n "  under wine64:" && compare_checksums windows "$dir/checksums"
 }
 
 echo "=== native checksums"
 native_checksums || { echo "  FAILED"; exit 1; }
-echo "  $(tail -1 "$root/native.checksums")"
 for target in "${targets[@]}"; do
   echo "=== $target"
   started=$SECONDS
