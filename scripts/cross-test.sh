@@ -104,7 +104,7 @@ linux_leg() { # name, triplet, qemu
   ctest --test-dir "$dir/build" -j"$jobs" --output-on-failure >"$dir/ctest.log" 2>&1 && ok=1
   grep -E 'tests passed|tests failed' "$dir/ctest.log" | sed "s/^/  /;s/\$/ (under qemu, $((SECONDS - started)) s)/"
   # Family tests run once per vector target (name@NEON) and on the plain code.
-  for cpu in $(grep -oE 'Test +#[0-9]+: [^ ]+@[A-Za-z0-9_]+ \.+ +Passed' "$dir/ctest.log" | sed 's/.*@//;s/ .*//' | sort -u); do
+  for cpu in $(grep -oE '@[A-Za-z0-9_]+ \.+ +Passed' "$dir/ctest.log" | sed 's/^@//;s/ .*//' | sort -u); do
     echo "  $(grep -cE "@$cpu \.+ +Passed" "$dir/ctest.log") tests passed with PIXMILL_CPU=$cpu"
   done
   ((ok)) || { grep -A3 'The following tests FAILED' "$dir/ctest.log" | sed 's/^/  /'; return 1; }

@@ -82,8 +82,8 @@ Picture readPng(const ByteSource &source, const std::string &name)
         lost = "transparency (a tRNS chunk)";
     if (lost) {
         png_destroy_read_struct(&png, &info, nullptr);
-        dataError(name + ": PNG with " + std::string(lost) + "; pixmill reads 8-bit (or fewer bits) grey, palette and RGB "
-                  "images without transparency");
+        dataError(name + ": PNG with " + std::string(lost) +
+                  "; pixmill reads 8-bit (or fewer bits) grey, palette and RGB images without transparency");
     }
     png_set_expand(png);
     png_set_gray_to_rgb(png);

@@ -71,7 +71,9 @@ Fmt y4mColour(const std::string &name, const std::string &tag)
     std::string what;
     if (layout.size() == 3 && layout != "420" && layout != "422")
         what = "4:" + layout.substr(1, 1) + ":" + layout.substr(2, 1) + " chroma";
-    const std::string depth = mono ? tag.substr(4, digitsEnd - 4) : rest.size() > 1 && rest[0] == 'p' ? rest.substr(1) : "";
+    const std::string depth = mono                                ? tag.substr(4, digitsEnd - 4)
+                              : rest.size() > 1 && rest[0] == 'p' ? rest.substr(1)
+                                                                  : "";
     if (allDigits(depth))
         what += (what.empty() ? "" : " and ") + depth + "-bit samples";
     else if (rest == "alpha")
@@ -122,9 +124,11 @@ Reader::Reader(const std::string &path, Fmt rawFormat, Size rawSize, const char 
     if (peekLen_ == 0)
         dataError(name_ + (ownFile_ ? ": file is empty" : ": input is empty"));
     if (hasExtension(path, ".y4m") && !y4m)
-        dataError(name_ + ": not a YUV4MPEG2 stream (" + (png ? "it is a PNG file" : "it does not start with \"YUV4MPEG2 \"") + ")");
+        dataError(name_ + ": not a YUV4MPEG2 stream (" +
+                  (png ? "it is a PNG file" : "it does not start with \"YUV4MPEG2 \"") + ")");
     if (hasExtension(path, ".png") && !png)
-        dataError(name_ + ": not a PNG file (" + (y4m ? "it is a YUV4MPEG2 stream" : "no PNG signature in its first 8 bytes") + ")");
+        dataError(name_ + ": not a PNG file (" +
+                  (y4m ? "it is a YUV4MPEG2 stream" : "no PNG signature in its first 8 bytes") + ")");
     if (png) {
         container_ = Container::Png;
         peekPos_ = peekLen_;

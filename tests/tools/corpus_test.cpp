@@ -39,7 +39,8 @@ Bytes png(int w, int h, int type, int depth, const Bytes &rows, const Bytes &pal
     png_set_IHDR(p, info, static_cast<png_uint_32>(w), static_cast<png_uint_32>(h), depth, type, PNG_INTERLACE_NONE,
                  PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     if (!palette.empty())
-        png_set_PLTE(p, info, reinterpret_cast<png_const_colorp>(palette.data()), static_cast<int>(palette.size() / 3));
+        png_set_PLTE(p, info, reinterpret_cast<png_const_colorp>(palette.data()),
+                     static_cast<int>(palette.size() / 3));
     const png_byte clear = 0;
     if (transparent)
         png_set_tRNS(p, info, &clear, 1, nullptr);
@@ -79,7 +80,8 @@ TEST_F(Cli, BrokenInputIsRefusedByNameAndLeavesNoOutput)
     Random rnd;
     const Bytes good = y4m(rnd, 32, 24, "420jpeg", 2);
     const Bytes rgbRows = randomBytes(rnd, 4 * 2 * 3), rgbPng = png(4, 2, PNG_COLOR_TYPE_RGB, 8, rgbRows);
-    const size_t idat = rgbPng.find("IDAT") - 4, idatCrc = idat + 8 + static_cast<uint8_t>(rgbPng[idat + 3]); // < 256 bytes
+    // The IDAT chunk's checksum (its data is under 256 bytes).
+    const size_t idat = rgbPng.find("IDAT") - 4, idatCrc = idat + 8 + static_cast<uint8_t>(rgbPng[idat + 3]);
     const std::map<std::string, Bytes> corpus = {
         {"good.y4m", good},
         {"good422.y4m", y4m(rnd, 32, 24, "422", 1)},
@@ -165,10 +167,10 @@ TEST_F(Cli, BrokenInputIsRefusedByNameAndLeavesNoOutput)
         {"convert idat-crc.png out.yuv --to yuv420p", 1, "damaged PNG: IDAT: CRC error"},
         {"convert cut.png out.yuv --to yuv420p", 1, "damaged PNG: the file ends too early"},
         {"convert zero.png out.yuv --to yuv420p", 1, "damaged PNG: Invalid IHDR data (Image width is zero in IHDR)"},
-        {"convert wide.png out.yuv --to yuv420p", 1, "damaged PNG: Invalid IHDR data (Image width exceeds user limit in IHDR)"},
+        {"convert wide.png out.yuv --to yuv420p", 1, "Invalid IHDR data (Image width exceeds user limit in IHDR)"},
         {"convert huge.png out.yuv --to yuv420p", 1, "PNG of 40000x40000 is too large"},
         // Raw sizes on the command line.
-        {"convert img.rgb565 out.yuv --format rgb565 --size 0x10", 2, "--size '0x10': expected WxH with sides from 1 to 65535"},
+        {"convert img.rgb565 out.yuv --format rgb565 --size 0x10", 2, "'0x10': expected WxH with sides from 1 to 65535"},
         {"convert img.rgb565 out.yuv --format rgb565 --size -20x10", 2, "--size '-20x10': expected WxH"},
         {"convert img.rgb565 out.yuv --format rgb565 --size 65536x2", 2, "--size '65536x2': expected WxH"},
         // An operation's rules, checked before the call.
