@@ -33,6 +33,10 @@ void packedToYuv(Size s)
         auto out = std::make_shared<Planes>(s, false);
         return Step([s, out] { gY1UY2VToYUV420(sources(s).yuy2.data(), &out->frame, uint32_t(s.w), uint32_t(s.h)); });
     });
+    yuy2.add("pixmill:gY1UY2VToYV12", [s] {
+        auto out = std::make_shared<Planes>(s, false);
+        return Step([s, out] { gY1UY2VToYV12(sources(s).yuy2.data(), &out->frame, uint32_t(s.w), uint32_t(s.h)); });
+    });
     const Job uyvy{"uyvy_to_i420", s.name(), s.pixels() * 2};
     uyvy.addMemcpy();
     uyvy.add("pixmill:gUY1VY2ToYUV420", [s] {
@@ -48,6 +52,7 @@ void packedToYuv(Size s)
         Bytes Sources::*image;
         int bpp;
     } yuvPeers[] = {{bgr, "libyuv:RGB24ToI420", libyuv::RGB24ToI420, &Sources::bgr24, 3},
+                    {bgr, "libyuv:RGB24ToJ420", libyuv::RGB24ToJ420, &Sources::bgr24, 3},
                     {rgb565, "libyuv:RGB565ToI420", libyuv::RGB565ToI420, &Sources::rgb565, 2},
                     {yuy2, "libyuv:YUY2ToI420", libyuv::YUY2ToI420, &Sources::yuy2, 2},
                     {uyvy, "libyuv:UYVYToI420", libyuv::UYVYToI420, &Sources::uyvy, 2}};

@@ -19,8 +19,10 @@ if(NOT PIXMILL_SIMD)
   return()
 endif()
 
-# Targets not worth their compile time: SSSE3 (SSE4 covers every x86-64 CPU
-# that has it in practice) and AVX3_DL (no kernel uses its extra instructions).
+# Dynamic dispatch leaves out targets not worth their compile time: SSSE3
+# (SSE4 covers every x86-64 CPU that has it in practice) and AVX3_DL (no
+# kernel uses its extra instructions). A static build keeps whatever target
+# its flags give.
 set(PIXMILL_HWY_DISABLED "HWY_DISABLED_TARGETS=(HWY_SSSE3|HWY_AVX3_DL)")
 
 if(NOT CMAKE_CROSSCOMPILING)
@@ -46,7 +48,7 @@ else()
   file(MAKE_DIRECTORY ${shim})
   file(CREATE_LINK ${PIXMILL_HWY_INCLUDE_DIR}/hwy ${shim}/hwy SYMBOLIC)
   target_include_directories(pixmill_simd SYSTEM INTERFACE $<BUILD_INTERFACE:${shim}>)
-  target_compile_definitions(pixmill_simd INTERFACE PIXMILL_SIMD=1 HWY_COMPILE_ONLY_STATIC=1 ${PIXMILL_HWY_DISABLED})
+  target_compile_definitions(pixmill_simd INTERFACE PIXMILL_SIMD=1 HWY_COMPILE_ONLY_STATIC=1)
   # The static target is the one the tests can run besides the plain code:
   # NEON on 64-bit ARM (baseline there). 32-bit ARM and x86 without extra
   # compiler flags get Highway's emulation, which the plain code replaces.

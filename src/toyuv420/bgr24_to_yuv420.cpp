@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "frame/platform.h"
+#include "toyuv420/kernels.h"
 
 namespace pixmill {
 namespace {
@@ -53,13 +54,25 @@ extern "C" PIXMILL_API void gBGR24INTtoYUV420Planar(const uint8_t *source, uint8
     uint8_t *u = destination + lumaSize;
     uint8_t *v = u + lumaSize / 4;
     const ptrdiff_t step = stride;
+    const ToYuv420Kernels *k = toYuv420Kernels();
 
     for (uint32_t r = 0; r < height; r += 2) {
         const uint8_t *top = source;
         const uint8_t *bottom = source + step;
         uint8_t *yTop = yRow;
         uint8_t *yBottom = yRow + width;
-        for (uint32_t c = 0; c < width; c += 2) {
+        uint32_t c = 0;
+        if (k != nullptr) {
+            const size_t blocks = k->bgr24Blocks(top, bottom, yTop, yBottom, u, v, width / 2);
+            c = static_cast<uint32_t>(2 * blocks);
+            top += 3 * c;
+            bottom += 3 * c;
+            yTop += c;
+            yBottom += c;
+            u += blocks;
+            v += blocks;
+        }
+        for (; c < width; c += 2) {
             BlockSums sums;
             yTop[0] = lumaOf(top, sums);
             yTop[1] = lumaOf(top + 3, sums);

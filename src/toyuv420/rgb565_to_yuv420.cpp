@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "frame/platform.h"
+#include "toyuv420/kernels.h"
 #include "toyuv420/rgb565_tables.h"
 
 namespace pixmill {
@@ -51,14 +52,27 @@ struct RowPair {
 
 // Converts the first `ew` pixels of source rows `first` and `second` into the
 // lower and the upper row of `at` and its chroma row, then repeats the last
-// written column of each row up to the frame's width.
-PIXMILL_INLINE void convertRowPair(const uint16_t *first, const uint16_t *second, const RowPair &at, size_t ew)
+// written column of each row up to the frame's width. The kernels `k`, if
+// any, take the leading blocks.
+PIXMILL_INLINE void convertRowPair(const uint16_t *first, const uint16_t *second, const RowPair &at, size_t ew,
+                                   const ToYuv420Kernels *k)
 {
     uint8_t *lower = at.y + at.width;
     uint8_t *upper = at.y;
     uint8_t *u = at.u;
     uint8_t *v = at.v;
-    for (size_t c = 0; c < ew; c += 2) {
+    size_t c = 0;
+    if (k != nullptr) {
+        const size_t blocks = k->rgb565Blocks(first, second, lower, upper, u, v, ew / 2);
+        c = 2 * blocks;
+        first += c;
+        second += c;
+        lower += c;
+        upper += c;
+        u += blocks;
+        v += blocks;
+    }
+    for (; c < ew; c += 2) {
         const uint32_t px = first[0];
         lower[0] = lumaOf(px);
         lower[1] = lumaOf(first[1]);
@@ -95,17 +109,18 @@ extern "C" PIXMILL_API PIXMILL_CODE(PIXMILL_SECTION_COLORCON) void gEmRGB565toYU
     RowPair at{frame->y + size_t(frame->height) * width, frame->u + size_t(frame->height >> 1) * chroma,
                frame->v + size_t(frame->height >> 1) * chroma, width, chroma};
     int32_t rowsLeft = frame->height;
+    const ToYuv420Kernels *k = toYuv420Kernels();
 
     for (uint32_t r = 0; r < eh; r += 2) {
         at.stepUp();
-        convertRowPair(source, source + sourceWidth, at, ew);
+        convertRowPair(source, source + sourceWidth, at, ew, k);
         source += 2 * size_t(sourceWidth);
         rowsLeft -= 2;
     }
     // An odd last row counts as two equal rows.
     if (sourceHeight & 1) {
         at.stepUp();
-        convertRowPair(source, source, at, ew);
+        convertRowPair(source, source, at, ew, k);
         rowsLeft -= 2;
     }
     // Rows above the image copy the row below them.

@@ -6,42 +6,84 @@
 
 #include <array>
 
+#include "support/page_buffer.h"
 #include "support/planar_buffer.h"
 
 namespace {
 
 using namespace pixmill::test;
 
+// The model's buffer `want` after a conversion of the image whose first row
+// starts at `first`: own luma per pixel, chroma from the sums of each 2x2
+// block; odd sizes write nothing.
+void model(const uint8_t *first, uint32_t w, uint32_t h, int32_t stride, std::vector<uint8_t> &want)
+{
+    const size_t luma = size_t(w) * h;
+    for (uint32_t r = 0; r < h && (w | h) % 2 == 0; ++r)
+        for (uint32_t c = 0; c < w; ++c) {
+            const uint8_t *p = first + ptrdiff_t(r) * stride + 3 * c;
+            want[r * w + c] = uint8_t((19595u * p[2] + 38470u * p[1] + 7471u * p[0]) / 65536u);
+            // Channel ch (B, G, R) summed over the 2x2 block of an even (r, c).
+            const auto s = [&](int ch) { return p[ch] + p[ch + 3] + p[stride + ch] + p[stride + ch + 3]; };
+            const size_t at = luma + r / 2 * (w / 2) + c / 2;
+            if (r % 2 + c % 2 == 0) {
+                want[at] = uint8_t(128 + floorShift(32767 * s(0) - 11059 * s(2) - 21709 * s(1), 18));
+                want[at + luma / 4] = uint8_t(128 + floorShift(32767 * s(2) - 5329 * s(0) - 27439 * s(1), 18));
+            }
+        }
+}
+
+// Every even width up to 130 (past the widest vector step), random ones up to
+// 2000 on a few rows, then small random sizes, one in eight anything from 0
+// to 9; any stride, a negative one too; buffers at any alignment; bytes at
+// random or at the extremes.
 TEST(BGR24toYUV420Planar, MatchesModelOnRandomSizesAndStrides)
 {
     Random rng;
-    // Mostly even sides, one in eight anything from 0 to 9.
     const auto side = [&](int half) { return uint32_t(rng.range(0, 7) ? 2 * rng.range(1, half) : rng.range(0, 9)); };
-    for (int i = 0; i < 1500; ++i) {
-        const uint32_t w = side(i < 1200 ? 6 : 30), h = side(i < 1200 ? 6 : 30);
+    for (int i = 0; i < 1700; ++i) {
+        uint32_t w = side(i < 1400 ? 6 : 30), h = side(i < 1400 ? 6 : 30);
+        if (i < 65)
+            w = uint32_t(2 * i + 2), h = uint32_t(2 * rng.range(1, 2));
+        else if (i < 165)
+            w = uint32_t(2 * rng.range(1, 1000)), h = 2;
         const int32_t stride = (rng.range(0, 2) ? 1 : -1) * (int32_t(3 * w) + (rng.coin() ? 0 : rng.range(1, 9)));
         SCOPED_TRACE(::testing::Message() << "case " << i << ": " << w << "x" << h << ", stride " << stride);
         const size_t lastRow = h ? size_t(stride < 0 ? -stride : stride) * (h - 1) : 0, luma = size_t(w) * h;
-        Guarded<uint8_t> src(lastRow + 3 * w, size_t(rng.range(0, 3)), rng.word());
+        Guarded<uint8_t> src(lastRow + 3 * w, size_t(rng.range(0, 63)), rng.word());
+        // One image in four only black and full bytes: block sums of 0 and 1020.
+        for (size_t k = 0; i % 4 == 1 && k < src.size(); ++k)
+            src[k] = src[k] & 1 ? 255 : 0;
+        src.snapshot();
         const uint8_t *first = src.begin() + (stride < 0 ? lastRow : 0);
-        Guarded<uint8_t> out(luma * 3 / 2, size_t(rng.range(0, 3)), rng.word());
+        Guarded<uint8_t> out(luma * 3 / 2, size_t(rng.range(0, 63)), rng.word());
         std::vector<uint8_t> want = out.contents();
-        for (uint32_t r = 0; r < h && (w | h) % 2 == 0; ++r)
-            for (uint32_t c = 0; c < w; ++c) {
-                const uint8_t *p = first + ptrdiff_t(r) * stride + 3 * c;
-                want[r * w + c] = uint8_t((19595u * p[2] + 38470u * p[1] + 7471u * p[0]) / 65536u);
-                // Channel ch (B, G, R) summed over the 2x2 block of an even (r, c).
-                const auto s = [&](int ch) { return p[ch] + p[ch + 3] + p[stride + ch] + p[stride + ch + 3]; };
-                const size_t at = luma + r / 2 * (w / 2) + c / 2;
-                if (r % 2 + c % 2 == 0) {
-                    want[at] = uint8_t(128 + floorShift(32767 * s(0) - 11059 * s(2) - 21709 * s(1), 18));
-                    want[at + luma / 4] = uint8_t(128 + floorShift(32767 * s(2) - 5329 * s(0) - 27439 * s(1), 18));
-                }
-            }
+        model(first, w, h, stride, want);
         gBGR24INTtoYUV420Planar(first, out.begin(), w, h, stride);
         ASSERT_EQ(out.contents(), want);
         ASSERT_TRUE(out.intact() && src.untouched());
     }
+}
+
+// Image and output against an inaccessible page, after their end or before
+// their start, for widths around every vector step: rows of exactly 3 w
+// bytes, walked top-down and bottom-up.
+TEST(BGR24toYUV420Planar, StaysInsideBuffersAtAPage)
+{
+    Random rng;
+    for (const PageSide side : {PageSide::End, PageSide::Start})
+        for (uint32_t w = 2; w <= 140; w += 2) {
+            const uint32_t h = uint32_t(2 * rng.range(1, 2));
+            const int32_t stride = (rng.coin() ? 1 : -1) * int32_t(3 * w);
+            SCOPED_TRACE(::testing::Message() << w << "x" << h << ", stride " << stride);
+            const PageBuffer<uint8_t> src(size_t(3 * w) * h, side, rng.word());
+            const uint8_t *first = src.data() + (stride < 0 ? size_t(3 * w) * (h - 1) : 0);
+            PageBuffer<uint8_t> out(size_t(w) * h * 3 / 2, side, rng.word());
+            std::vector<uint8_t> want = out.copy();
+            model(first, w, h, stride, want);
+            gBGR24INTtoYUV420Planar(first, out.data(), w, h, stride);
+            ASSERT_EQ(out.copy(), want);
+        }
 }
 
 // 2x2 images of one colour: B, G, R in, Y, U, V out.

@@ -8,6 +8,7 @@
 #include <array>
 #include <cstring>
 
+#include "support/page_frame.h"
 #include "support/planar_buffer.h"
 #include "toyuv420/rgb565_tables.h"
 
@@ -24,17 +25,15 @@ std::array<int, 3> modelYuv(uint16_t px)
             128 + floorShift(57344 * r - 26028 * g - 5272 * b, 14)};
 }
 
-// Converts `img`, as it is now, into a random W x H frame and checks every
+// Converts `img` into frame `f` (a TestFrame or a PageFrame) and checks every
 // sample against the model of the source pixel that `luma(R, c)` names for
 // frame row R, column c, and that `chroma(C, j)` names for chroma row C,
-// column j; guards, image and record stay.
-template <class Luma, class Chroma>
-void expectFrame(Random &rng, int W, int H, Guarded<uint16_t> &img, int sw, int sh, Luma luma, Chroma chroma)
+// column j; guards and record stay.
+template <class F, class Luma, class Chroma>
+void expectFrame(F &f, const uint16_t *img, int sw, int sh, Luma luma, Chroma chroma)
 {
-    img.snapshot();
-    TestFrame f(W, H, Layout::Yuv420, rng);
     const Frame record = f.frame();
-    gEmRGB565toYUV420(img.data(), &f.frame(), uint32_t(sw), uint32_t(sh));
+    gEmRGB565toYUV420(img, &f.frame(), uint32_t(sw), uint32_t(sh));
     const auto at = [&](std::pair<int, int> p) { return modelYuv(img[size_t(p.first * sw + p.second)]); };
     for (int R = 0; R < f.height(); ++R)
         for (int c = 0; c < f.width(); ++c) {
@@ -43,29 +42,65 @@ void expectFrame(Random &rng, int W, int H, Guarded<uint16_t> &img, int sw, int 
             ASSERT_EQ(f.Ufor(c, R), yuv[1]) << "u(" << R / 2 << ", " << c / 2 << ")";
             ASSERT_EQ(f.Vfor(c, R), yuv[2]) << "v(" << R / 2 << ", " << c / 2 << ")";
         }
-    ASSERT_TRUE(f.intact() && img.untouched());
+    ASSERT_TRUE(f.intact());
     ASSERT_EQ(0, std::memcmp(&record, &f.frame(), sizeof record));
 }
 
-// Frame row R shows source row min(H-1-R, sh-1), column c source column
-// min(c, EW-1); chroma row C that of source row min(H-2-2C, sh-1) rounded down
-// to even, chroma column j that of source column min(2j, EW-2). Case 0 holds
-// every RGB565 word once as the first pixel of a 2x2 block.
+// The general rule: frame row R shows source row min(H-1-R, sh-1), column c
+// source column min(c, EW-1); chroma row C that of source row
+// min(H-2-2C, sh-1) rounded down to even, chroma column j that of source
+// column min(2j, EW-2).
+template <class F>
+void expectUpsideDown(F &f, const uint16_t *img, int sw, int sh)
+{
+    const int H = f.height(), ew = sw & ~1;
+    expectFrame(f, img, sw, sh,
+        [&](int R, int c) { return std::pair{std::min(H - 1 - R, sh - 1), std::min(c, ew - 1)}; },
+        [&](int C, int j) { return std::pair{std::min(H - 2 - 2 * C, (sh - 1) & ~1), std::min(2 * j, ew - 2)}; });
+}
+
+// Case 0 holds every RGB565 word once as the first pixel of a 2x2 block;
+// then every even frame width up to 130 (past the widest vector step), random
+// ones up to 2000 on a few rows, and small random sizes; planes at any
+// alignment.
 TEST(RGB565toYUV420, MatchesModelOnRandomSizes)
 {
     Random rng;
-    for (int i = 0; i < 1500; ++i) {
-        const int half = i < 1200 ? 6 : 30, W = i ? 2 * rng.range(1, half) : 512, H = i ? 2 * rng.range(1, half) : 512;
+    for (int i = 0; i < 1600; ++i) {
+        const int half = i < 1300 ? 6 : 30;
+        int W = 2 * rng.range(1, half), H = 2 * rng.range(1, half);
+        if (i == 0)
+            W = H = 512;
+        else if (i <= 65)
+            W = 2 * i, H = 2 * rng.range(1, 3);
+        else if (i <= 165)
+            W = 2 * rng.range(1, 1000), H = 2 * rng.range(1, 2);
         const int sw = i && rng.coin() ? rng.range(2, W) : W, sh = i && rng.coin() ? rng.range(1, H) : H;
         SCOPED_TRACE(::testing::Message() << "case " << i << ": " << sw << "x" << sh << " into " << W << "x" << H);
-        Guarded<uint16_t> img(size_t(sw * sh), 0, rng.word());
+        Guarded<uint16_t> img(size_t(sw * sh), size_t(rng.range(0, 31)), rng.word());
         for (size_t k = 0; i == 0 && k < img.size(); ++k)
             img[k] = uint16_t(k / 1024 * 256 + k % 512 / 2);
-        const int ew = sw & ~1;
-        ASSERT_NO_FATAL_FAILURE(expectFrame(rng, W, H, img, sw, sh,
-            [&](int R, int c) { return std::pair{std::min(H - 1 - R, sh - 1), std::min(c, ew - 1)}; },
-            [&](int C, int j) { return std::pair{std::min(H - 2 - 2 * C, (sh - 1) & ~1), std::min(2 * j, ew - 2)}; }));
+        img.snapshot();
+        TestFrame f(W, H, Layout::Yuv420, rng, size_t(rng.range(0, 63)));
+        ASSERT_NO_FATAL_FAILURE(expectUpsideDown(f, img.data(), sw, sh));
+        ASSERT_TRUE(img.untouched());
     }
+}
+
+// Image and planes against an inaccessible page, after their end or before
+// their start: an odd last column is never read, so an image that ends at a
+// page still converts.
+TEST(RGB565toYUV420, StaysInsideBuffersAtAPage)
+{
+    Random rng;
+    for (const PageSide side : {PageSide::End, PageSide::Start})
+        for (int W = 2; W <= 140; W += 2) {
+            const int H = 2 * rng.range(1, 3), sw = W - rng.range(0, 1), sh = H - rng.range(0, 1);
+            SCOPED_TRACE(::testing::Message() << sw << "x" << sh << " into " << W << "x" << H);
+            const PageBuffer<uint16_t> img(size_t(sw * sh), side, rng.word());
+            PageFrame f(W, H, Layout::Yuv420, side, rng.word());
+            ASSERT_NO_FATAL_FAILURE(expectUpsideDown(f, img.data(), sw, sh));
+        }
 }
 
 // The worked 5x3 image in an 8x8 frame: source column 4 is never read, row 2
@@ -76,12 +111,13 @@ TEST(RGB565toYUV420, MatchesModelOnRandomSizes)
 TEST(RGB565toYUV420, WorkedExamplesAndTables)
 {
     Random rng;
-    Guarded<uint16_t> img(15);
+    uint16_t img[15];
     for (size_t k = 0; k < 15; ++k)
         img[k] = uint16_t(0x107E * k + 31); // r = 2k, g = 4k, b = 31 - 2k: Y, U and V all differ
     const int rowOf[8] = {2, 2, 2, 2, 2, 2, 1, 0}, colOf[8] = {0, 1, 2, 3, 3, 3, 3, 3};
     const int chromaRowOf[4] = {2, 2, 2, 0}, chromaColOf[4] = {0, 2, 2, 2};
-    expectFrame(rng, 8, 8, img, 5, 3,
+    TestFrame f(8, 8, Layout::Yuv420, rng);
+    expectFrame(f, img, 5, 3,
                 [&](int R, int c) { return std::pair{rowOf[R], colOf[c]}; },
                 [&](int C, int j) { return std::pair{chromaRowOf[C], chromaColOf[j]}; });
     const std::array<int, 4> colours[] = {{0x0000, 16, 128, 128}, {0xFFFF, 230, 126, 126}, {0xF800, 61, 103, 236},
