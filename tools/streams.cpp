@@ -122,7 +122,7 @@ Reader::Reader(const std::string &path, Fmt rawFormat, Size rawSize, const char 
     // The content decides the container; an extension that promises one the
     // content is not is refused, with what the content is.
     if (peekLen_ == 0)
-        dataError(name_ + (ownFile_ ? ": file is empty" : ": input is empty"));
+        dataError(name_ + (ownFile_ ? ": file is empty" : ": is empty"));
     if (hasExtension(path, ".y4m") && !y4m)
         dataError(name_ + ": not a YUV4MPEG2 stream (" +
                   (png ? "it is a PNG file" : "it does not start with \"YUV4MPEG2 \"") + ")");
