@@ -107,7 +107,7 @@ linux_leg() { # name, triplet, qemu
   for cpu in $(grep -oE '@[A-Za-z0-9_]+ \.+ +Passed' "$dir/ctest.log" | sed 's/^@//;s/ .*//' | sort -u); do
     echo "  $(grep -cE "@$cpu \.+ +Passed" "$dir/ctest.log") tests passed with PIXMILL_CPU=$cpu"
   done
-  ((ok)) || { grep -A3 'The following tests FAILED' "$dir/ctest.log" | sed 's/^/  /'; return 1; }
+  ((ok)) || { grep -B40 -A20 'tests failed' "$dir/ctest.log" | sed 's/^/    /'; return 1; }
   logged "$dir.log" "$triplet-gcc" -std=c99 -O2 -Wall -Wextra -Werror -Iinclude "$checksum_source" \
     -L"$dir/build" -lpixmill -Wl,-rpath,"$PWD/$dir/build" -o "$dir/export_checksums" || return 1
   # The checksums on the best target and on the plain code.
