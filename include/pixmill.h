@@ -76,7 +76,9 @@ enum { MIRROR_HORIZONTAL = 0, MIRROR_VERTICAL = 1, MIRROR_BOTH = 2 };
 /* 4:2:0 -> packed R,G,B bytes (R at the lowest address), BT.601, no dither.
  * Converts the top-left sourceWidth x sourceHeight pixels into a tight image
  * (pitch 3*sourceWidth). topDown != 0 keeps row order, 0 reverses it. An odd
- * last column/row repeats its neighbour. Sizes: both >= 2, or one of them 0. */
+ * last column/row repeats its neighbour. Served: 2 <= sourceWidth <= width
+ * and 2 <= sourceHeight <= height; any other size (0, 1, negative or beyond
+ * the frame) writes nothing. */
 PIXMILL_API void gEmYUV420toRGB888TopDown(const Frame *frame, uint8_t *destination,
                                           int32_t sourceWidth, int32_t sourceHeight, int32_t topDown);
 
@@ -89,7 +91,8 @@ PIXMILL_API void gEmYUV420toRGB565TopDown(const Frame *frame, uint16_t *destinat
 /* Whole 4:2:0 frame -> B,G,R bytes (B at the lowest address), BT.709 with
  * rounded chroma terms, odd columns' luma lifted by 1. Rows top-down, `stride`
  * bytes apart. Returns -1 (nothing written) if stride < 3*width, else 0.
- * width and height must be even. */
+ * width and height should be even: an odd last column or row repeats its
+ * neighbour, and a width or height of 1 writes nothing. */
 PIXMILL_API int32_t gYUV420toBGR24(const Frame *frame, uint8_t *destination, int32_t stride);
 
 /* 4:2:2 planar -> B,G,R bytes (B at the lowest address), BT.601, with the 2x2
@@ -105,7 +108,9 @@ PIXMILL_API void gYUV422HPlanartoRGB888TopDown(const Frame *frame, uint8_t *dest
  * (dstW wide = its stride in pixels, dstH high), clipped to the frame and the
  * surface, turned by `rotation`, dithered. Pixels outside the written
  * rectangle keep their values. Return -1 (nothing written) for a null
- * destination/y/u/v or a code above 3, else 0 (also when nothing fits). */
+ * destination/y/u/v or a code above 3, else 0 (also when nothing fits). A
+ * corner beyond the frame or the surface, or a size of 1 where only whole
+ * 2x2 blocks are converted, leaves nothing to write. */
 
 /* 4:2:0, BT.601. Corner made even (low 16 bits, & 0xfffe); rows are written
  * bottom-up; the low 8 bits of `rotation` count. */
@@ -116,7 +121,10 @@ PIXMILL_API int32_t gYUV420toBGR565TopDown_Rotate(const Frame *frame, uint16_t *
 
 /* 4:2:0, BT.709. Note the argument order: surface first, then source. The
  * corner's lowest bits are cleared; rows are written top-down and odd sizes
- * are converted in full. Negative corners or surface sizes write nothing. */
+ * are converted in full. Negative corners or surface sizes write nothing. At
+ * an odd frame width or height, a rectangle that reaches the last column or
+ * row reads chroma column width >> 1 or row height >> 1, one past the plane
+ * layout: the caller provides those samples or keeps the rectangle short. */
 PIXMILL_API int32_t gYUV420toRGB16Rotate(const Frame *frame, uint16_t *destination,
                                          int32_t dstW, int32_t dstH, int32_t dstX, int32_t dstY,
                                          int32_t srcX, int32_t srcY, int32_t srcW, int32_t srcH,
@@ -130,7 +138,10 @@ PIXMILL_API int32_t gYUV422toRGB16Rotate(const Frame *frame, uint16_t *destinati
                                          Rotation rotation);
 
 /* 4:2:2 planar, BT.601. Corner used as given; dstW/dstH are the target's size
- * before the turn; rows bottom-up; the low 8 bits of `rotation` count. */
+ * before the turn; rows bottom-up; the low 8 bits of `rotation` count.
+ * Chroma starts at half the corner's luma offset, rows width >> 1 apart: at
+ * an odd width and an odd corner the caller's chroma planes hold
+ * ((width + 1) >> 1) * height samples. */
 PIXMILL_API int32_t gYUV422HPlanartoBGR565TopDown_Rotate(const Frame *frame, uint16_t *destination,
                                                          uint32_t srcX, uint32_t srcY, uint16_t srcW, uint16_t srcH,
                                                          uint16_t dstX, uint16_t dstY, uint16_t dstW, uint16_t dstH,
@@ -142,8 +153,10 @@ PIXMILL_API int32_t gYUV422HPlanartoBGR565TopDown_Rotate(const Frame *frame, uin
  * down: image row 0 lands on the frame's last row. BT.709 studio range from
  * the raw 5/6-bit levels (white gives Y 230); chroma of each 2x2 block from
  * its top-left pixel. An odd last column or row and the frame area beyond the
- * image are filled by replication, so every plane byte is written. Needs even
- * frame sizes, 2 <= sourceWidth <= width, 1 <= sourceHeight <= height. */
+ * image are filled by replication, so every plane byte is written. Served:
+ * even frame sizes, 2 <= sourceWidth <= width, 1 <= sourceHeight <= height;
+ * anything else (an odd frame, an image wider or taller than the frame, a
+ * sourceWidth under 2, a sourceHeight of 0) writes nothing. */
 PIXMILL_API void gEmRGB565toYUV420(const uint16_t *source, Frame *frame,
                                    uint32_t sourceWidth, uint32_t sourceHeight);
 
@@ -177,7 +190,8 @@ PIXMILL_API void YUY2toYUV420(const uint8_t *source, uint8_t *destination, uint3
  * from the even target rows' source rows (dropped, never averaged). The last
  * two luma columns and rows and the last chroma column and row repeat their
  * neighbours. Served: an even source width, at least 2 source rows, a corner
- * inside the frame, an even target of at least 4 x 4; otherwise nothing is
+ * inside the frame, a rectangle (cut to the frame) of at least 1 x 1 and
+ * under 8192 x 8192, an even target of at least 4 x 4; otherwise nothing is
  * written. Always returns 0. */
 PIXMILL_API int32_t gYUV422toYUV420(const Frame *source, Frame *target,
                                     uint32_t srcX, uint32_t srcY, uint16_t srcW, uint16_t srcH);
@@ -190,9 +204,10 @@ PIXMILL_API int32_t gYUV422toYUV420(const Frame *source, Frame *target,
  * gRotateMonochromeFrame reads only the first field (y) of `destination`.
  * All planes are packed and must not overlap; no pointer is checked.
  * ROTATE_NONE copies width*height luma bytes and (width*height) >> 2 (4:2:0)
- * or >> 1 (4:2:2) bytes per chroma plane. The turns need an even width and
- * height (the 4:2:2 half turn: an even width, any height); other sizes
- * write nothing. A 4:2:2 quarter turn reads the even chroma rows only and
+ * or >> 1 (4:2:2) bytes per chroma plane (at odd sizes more than the chroma
+ * layout holds: the caller's planes take that many). The turns need an even
+ * width and height (the 4:2:2 half turn: an even width, any height); other
+ * sizes write nothing. A 4:2:2 quarter turn reads the even chroma rows only and
  * stores each sample in two adjacent destination rows, so it stays 4:2:2. */
 PIXMILL_API void gRotateFrame(const Frame *source, const Frame *destination, Rotation rotation);
 PIXMILL_API void gRotate422Frame(const Frame *source, const Frame *destination, Rotation rotation);
@@ -202,7 +217,9 @@ PIXMILL_API void gRotateMonochromeFrame(const Frame *source, const Frame *destin
  * pixels are moved whole. Positions are limited to their surfaces, then the
  * size is cut from its far end by the source and by the room on the
  * destination; nothing is made even. Returns -1 for a null buffer or a code
- * outside 0..3, else 0 (also when nothing is left to write). */
+ * outside 0..3, else 0 (also when nothing is left to write). A negative
+ * position or surface size is served as an empty rectangle: 0, nothing
+ * written. */
 PIXMILL_API int32_t gRotateRGB16(const uint16_t *source, uint16_t *destination,
                                  int32_t sourceWidth, int32_t sourceHeight,
                                  int32_t srcX, int32_t srcY, int32_t srcW, int32_t srcH,
@@ -214,7 +231,8 @@ PIXMILL_API int32_t gRotateRGB16(const uint16_t *source, uint16_t *destination,
  * dstStride in bytes); the surface is dstStride / 3 pixels wide and spare
  * bytes at the row ends are never written. Each channel's low bits are filled
  * from a 2x2 pattern tied to the rectangle. Clamps and results as
- * gRotateRGB16. */
+ * gRotateRGB16; a negative dstStride, like a negative position, writes
+ * nothing. */
 PIXMILL_API int32_t gRotateRGB16toBGR24(const uint16_t *source, uint8_t *destination,
                                         int32_t sourceWidth, int32_t sourceHeight,
                                         int32_t srcX, int32_t srcY, int32_t srcW, int32_t srcH,
@@ -245,7 +263,9 @@ PIXMILL_API int32_t gMirrorImageYUV(Frame *source, Frame *destination, int32_t c
  * forms read a source rectangle in luma pixels, cut to the frame; chroma
  * takes every luma quantity halved (rounding down) on the subsampled axes. A
  * null plane in either frame skips that plane alone; a target 1 wide (or, in
- * 4:2:0, 1 high) leaves its chroma planes unwritten. */
+ * 4:2:0, 1 high) leaves its chroma planes unwritten. So does, plane by plane,
+ * a rectangle that holds no sample (a corner outside the plane, a size of 0)
+ * or whose span reaches 8192 samples. */
 PIXMILL_API void gScaleFrame(const Frame *source, Frame *target);
 PIXMILL_API void gScaleCroppedFrame(const Frame *source, Frame *target,
                                     uint32_t srcX, uint32_t srcY, uint16_t srcW, uint16_t srcH);
@@ -256,7 +276,8 @@ PIXMILL_API void gScaleCroppedFrameYUV422(const Frame *source, Frame *target,
  * a rectangle of it cut to the image, into a whole dstW x dstH image (stride
  * dstW); each channel blended on its own. The last target column and row
  * repeat their neighbours. Nothing is written for a null buffer, a target
- * under 2 x 2 or a rectangle under 1 x 2 pixels. */
+ * under 2 x 2, a corner outside the image, a rectangle (cut to the image)
+ * under 1 x 2 pixels or an extent of 8192 or more. */
 PIXMILL_API void gScaleRGB565Frame(const uint16_t *source, uint16_t *target,
                                    int32_t sourceWidth, int32_t sourceHeight, int32_t dstW, int32_t dstH);
 PIXMILL_API void gScaleRGB565CroppedFrame(const uint16_t *source, uint16_t *target,
@@ -273,8 +294,11 @@ PIXMILL_API void gScaleRGB565CroppedFrame(const uint16_t *source, uint16_t *targ
  *               TW/4 x TH/4 rectangle at the corner.
  *   downto3by3: target TW x TH, multiples of 6; source width >= TW*4/3,
  *               TH*4/3 rows read.
- * A plane whose sizes are off these forms (or whose corner is negative as a
- * signed value) is left unwritten. */
+ * A plane whose sizes are off these forms (or whose source is narrower than
+ * a target row consumes) is left unwritten; a corner of 2^31 or more leaves
+ * all three unwritten. Rows are read from the corner on at the source's stride,
+ * so a source plane reaches the last row read: past width * height for a
+ * corner other than (0, 0) or fewer source rows than the ratio reads. */
 PIXMILL_API void gScaleCroppedFrame_downby2(const Frame *source, Frame *target,
                                             uint32_t srcX, uint32_t srcY, uint32_t srcW, uint32_t srcH);
 PIXMILL_API void gScaleCroppedFrame_upby2(const Frame *source, Frame *target,

@@ -3,7 +3,10 @@
 # Debian or Ubuntu, as root. Idempotent: installs only what is missing.
 set -euo pipefail
 packages=(cmake make g++ pkg-config libgtest-dev libbenchmark-dev libpng-dev
-          libyuv-dev libswscale-dev libavutil-dev ffmpeg binutils)
+          libyuv-dev libswscale-dev libavutil-dev ffmpeg binutils
+          libhwy-dev clang libclang-rt-14-dev
+          libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev gstreamer1.0-tools
+          gstreamer1.0-plugins-base gstreamer1.0-plugins-good)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

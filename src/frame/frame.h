@@ -16,6 +16,14 @@ constexpr bool isQuarterTurn(uint32_t rotation) { return rotation == ROTATE_90 |
 
 constexpr int32_t min32(int32_t a, int32_t b) { return a < b ? a : b; }
 
+// The top-left part w x h that a whole-image conversion serves: both sizes at
+// least 2 and none beyond the frame. A size of 1 has no 2x2 block and nothing
+// to repeat from; a larger part would read past the planes.
+constexpr bool servesPart(const Frame &f, int32_t w, int32_t h)
+{
+    return w >= 2 && h >= 2 && w <= f.width && h <= f.height;
+}
+
 // Size of the source rectangle that is read, after limiting it by the frame
 // (from corner x0, y0) and by the room that the surface has right of and below
 // (dstX, dstY). Under a quarter turn source columns run down the surface and

@@ -5,7 +5,7 @@
 //   #define HWY_TARGET_INCLUDE "family/foo_kernels.cpp"   // its own path
 //   #include "frame/simd.h"                 // foreach_target and highway.h
 //
-//   #if PIXMILL_SIMD
+//   #if PIXMILL_VECTOR_TARGET
 //   HWY_BEFORE_NAMESPACE();
 //   namespace pixmill::HWY_NAMESPACE {
 //   namespace hn = hwy::HWY_NAMESPACE;
@@ -43,12 +43,17 @@
 #  include "frame/platform.h"
 #endif
 
+// PIXMILL_VECTOR_TARGET: this pass compiles kernels. Highway's emulated
+// fallback targets get none, since the plain code serves there.
+#undef PIXMILL_VECTOR_TARGET
 #if PIXMILL_SIMD
 #  include <hwy/foreach_target.h> // re-includes HWY_TARGET_INCLUDE per target
 #  include <hwy/highway.h>
 #  define PIXMILL_KERNELS_ONCE HWY_ONCE
+#  define PIXMILL_VECTOR_TARGET (HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128)
 #else
 #  define PIXMILL_KERNELS_ONCE 1
+#  define PIXMILL_VECTOR_TARGET 0
 #endif
 
 #ifndef PIXMILL_SIMD_H_TABLE

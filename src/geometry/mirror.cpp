@@ -2,6 +2,7 @@
 // second buffer, and of a planar frame in place or into a second frame.
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "frame/platform.h"
 #include "geometry/kernels.h"
@@ -41,8 +42,13 @@ struct PlanePair {
 // count on a flipped axis) is its own partner line: a middle column keeps its
 // samples, a middle row of a combined flip is reversed, so every sample of
 // the output is written at every size.
+//
+// The kernels exchange a prefix of a row's visited positions with their
+// partners in whole vectors: straight runs for a top-bottom flip, reversed
+// runs where columns flip too. On a row that is its own partner row they get
+// only the columns left of the middle, so that the two runs never overlap.
 template <size_t N>
-void swapPass(const PlanePair (&planes)[N], ptrdiff_t pc, ptrdiff_t pr, Flip f)
+void swapPass(const PlanePair (&planes)[N], ptrdiff_t pc, ptrdiff_t pr, Flip f, const GeometryKernels *k)
 {
     const ptrdiff_t rows = f.rows ? (pr + 1) >> 1 : pr;
     const ptrdiff_t step = partnerStep(f);
@@ -51,7 +57,16 @@ void swapPass(const PlanePair (&planes)[N], ptrdiff_t pc, ptrdiff_t pr, Flip f)
         const ptrdiff_t cols = ownPartnerRow && f.cols ? (pc + 1) >> 1 : pc;
         ptrdiff_t i = r * pc;
         ptrdiff_t p = partnerRow(f, r, pc, pr);
-        for (ptrdiff_t c = 0; c < cols; ++c, ++i, p += step)
+        ptrdiff_t c = 0;
+        if (k != nullptr) {
+            const auto run = static_cast<size_t>(ownPartnerRow && f.cols ? pc >> 1 : cols);
+            const auto swap = f.cols ? k->swapReverse8 : k->swap8;
+            for (const PlanePair &plane : planes)
+                c = static_cast<ptrdiff_t>(swap(plane.in + i, plane.in + p, plane.out + i, plane.out + p, run));
+            i += c;
+            p += c * step;
+        }
+        for (; c < cols; ++c, ++i, p += step)
             for (const PlanePair &plane : planes) {
                 const uint8_t a = plane.in[i];
                 const uint8_t b = plane.in[p];
@@ -59,6 +74,40 @@ void swapPass(const PlanePair (&planes)[N], ptrdiff_t pc, ptrdiff_t pr, Flip f)
                 plane.out[p] = a;
             }
     }
+}
+
+// Into a second plane the pairs of the swap pass make up the whole flipped
+// plane, so each source row can move whole to its partner row instead:
+// reversed where columns flip, as it is where only rows do.
+template <size_t N>
+void flipInto(const PlanePair (&planes)[N], ptrdiff_t pc, ptrdiff_t pr, Flip f, const GeometryKernels *k)
+{
+    for (ptrdiff_t r = 0; r < pr; ++r)
+        for (const PlanePair &plane : planes) {
+            const uint8_t *s = plane.in + r * pc;
+            uint8_t *d = plane.out + partnerRow(f, r, pc, pr);
+            if (!f.cols) {
+                if (pc != 0)
+                    std::memcpy(d, s, size_t(pc));
+                continue;
+            }
+            ptrdiff_t c = k != nullptr ? static_cast<ptrdiff_t>(k->reverse8(s, d, size_t(pc))) : 0;
+            for (; c < pc; ++c)
+                d[-c] = s[c];
+        }
+}
+
+// The swap pass, or whole rows where the output is a second plane. An empty
+// plane has no row to point into.
+template <size_t N>
+void flipPlanes(const PlanePair (&planes)[N], ptrdiff_t pc, ptrdiff_t pr, Flip f, const GeometryKernels *k)
+{
+    if (pc == 0 || pr == 0)
+        return;
+    if (planes[0].in != planes[0].out)
+        flipInto(planes, pc, pr, f, k);
+    else
+        swapPass(planes, pc, pr, f, k);
 }
 
 } // namespace
@@ -76,7 +125,12 @@ extern "C" PIXMILL_API int32_t gMirrorImageRGB565(const uint16_t *source, uint16
     for (ptrdiff_t r = 0; r < sourceHeight; ++r) {
         uint16_t *d = destination + partnerRow(f, r, sourceWidth, sourceHeight);
         ptrdiff_t c = 0;
-        if (k != nullptr && f.cols) {
+        if (!f.cols) {
+            c = sourceWidth; // a whole row moves as it is
+            if (c != 0)
+                std::memcpy(d, source, size_t(c) * sizeof *d);
+            source += c;
+        } else if (k != nullptr) {
             c = static_cast<ptrdiff_t>(k->reverse16(source, d, static_cast<size_t>(sourceWidth)));
             source += c;
             d -= c;
@@ -104,9 +158,10 @@ extern "C" PIXMILL_API int32_t gMirrorImageYUV(Frame *source, Frame *destination
     const ptrdiff_t w = source->width;
     const ptrdiff_t h = source->height;
     const PlanePair luma[1] = {{source->y, out->y}};
-    swapPass(luma, w, h, f);
+    const GeometryKernels *k = geometryKernels();
+    flipPlanes(luma, w, h, f, k);
     // 4:2:2 chroma is flipped as a plane of all h rows, like 4:2:0 chroma.
     const PlanePair chroma[2] = {{source->u, out->u}, {source->v, out->v}};
-    swapPass(chroma, w >> 1, chromaLayout == 0 ? h >> 1 : h, f);
+    flipPlanes(chroma, w >> 1, chromaLayout == 0 ? h >> 1 : h, f, k);
     return 0;
 }

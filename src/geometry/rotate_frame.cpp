@@ -1,23 +1,47 @@
 // Whole-frame turns of planar images: 4:2:0, 4:2:2 and a luma plane alone.
-// A turn is one pass over the source in which all planes move together;
-// no turn at all is a block copy of each plane.
+// A turn moves one plane after the other; no turn at all is a block copy of
+// each plane.
 #include <cstring>
 
+#include "geometry/kernels.h"
 #include "geometry/turn.h"
 
 namespace pixmill {
 namespace {
 
-// How chroma rides along with each 2x2 luma block.
+// How chroma rides along with luma.
 enum class Chroma {
     None,       // luma plane alone: the chroma fields of neither record are read
-    Planar420,  // one sample of each plane, turned like luma on the half-size plane
-    Doubled422, // 4:2:2 quarter turn: one sample from the even source row, stored
-                // in two adjacent destination rows; odd source rows are skipped
+    Planar420,  // each plane turned like luma, as a half-size plane
+    Doubled422, // 4:2:2 quarter turn: the even source rows alone, each sample
+                // stored in two adjacent destination rows
 };
 
-// Quarter and half turns by 2x2 luma blocks, two source rows per outer step.
-// The walk has no single-pixel tail, so odd and empty sizes write nothing.
+// A plane of cols x rows samples, row j at s + j * sStride, turned by R into
+// d as `to` places it; with `again` each sample is stored a second time that
+// far on. Half turns reverse row by row; quarter turns go through tiles
+// transposed in registers. The kernels do a prefix of each row or band, the
+// plain placement the rest.
+template <uint32_t R>
+void turnBytes(const uint8_t *s, ptrdiff_t sStride, ptrdiff_t cols, ptrdiff_t rows, uint8_t *d, TurnSteps to,
+               ptrdiff_t again, const GeometryKernels *k)
+{
+    d += to.start;
+    if constexpr (R == ROTATE_180) {
+        for (ptrdiff_t j = 0; j < rows; ++j, s += sStride, d += to.row) {
+            const ptrdiff_t n = k != nullptr ? static_cast<ptrdiff_t>(k->reverse8(s, d, static_cast<size_t>(cols))) : 0;
+            placeSamples(s + n, sStride, cols - n, 1, d - n, to, again);
+        }
+    } else {
+        turnBands(s, sStride, cols, rows, d, to, again, kTransposeRows8,
+                  [k, again](const uint8_t *in, ptrdiff_t inStride, uint8_t *out, ptrdiff_t outStride, size_t n) {
+                      return k != nullptr ? k->transpose8(in, inStride, out, outStride, again, n) : 0;
+                  });
+    }
+}
+
+// Quarter and half turns of whole frames. The workers have no single-pixel
+// tail, so odd and empty sizes write nothing.
 template <uint32_t R, Chroma C>
 void turnPairs(const Frame &src, const Frame &dst)
 {
@@ -25,88 +49,36 @@ void turnPairs(const Frame &src, const Frame &dst)
     const ptrdiff_t h = src.height;
     if (((w | h) & 1) != 0 || w == 0 || h == 0)
         return;
-    const TurnSteps luma = turnPlane<R>(w, h);
-    const ptrdiff_t lumaStep = 2 * luma.col;
-    const ptrdiff_t lumaDiagonal = luma.row + luma.col;
-    // 4:2:2 chroma is placed as a plane w wide, each sample covering two
-    // columns, with one row for each pair of source rows.
-    const TurnSteps chroma = C == Chroma::Doubled422 ? turnPlane<R>(w, h >> 1) : turnPlane<R>(w >> 1, h >> 1);
-    const ptrdiff_t chromaStep = C == Chroma::Doubled422 ? 2 * chroma.col : chroma.col;
-    const ptrdiff_t chromaSkip = C == Chroma::Doubled422 ? w >> 1 : 0;
-
-    const uint8_t *ys = src.y;
-    const uint8_t *us = nullptr;
-    const uint8_t *vs = nullptr;
-    uint8_t *yRow = dst.y + luma.start;
-    uint8_t *uRow = nullptr;
-    uint8_t *vRow = nullptr;
-    if constexpr (C != Chroma::None) {
-        us = src.u;
-        vs = src.v;
-        uRow = dst.u + chroma.start;
-        vRow = dst.v + chroma.start;
-    }
-    for (ptrdiff_t r = 0; r < h; r += 2) {
-        const uint8_t *ys1 = ys + w;
-        uint8_t *yd = yRow;
-        uint8_t *ud = uRow;
-        uint8_t *vd = vRow;
-        for (ptrdiff_t c = 0; c < w; c += 2) {
-            yd[0] = ys[0];
-            yd[luma.col] = ys[1];
-            yd[luma.row] = ys1[0];
-            yd[lumaDiagonal] = ys1[1];
-            ys += 2;
-            ys1 += 2;
-            yd += lumaStep;
-            if constexpr (C != Chroma::None) {
-                const uint8_t u = *us++;
-                const uint8_t v = *vs++;
-                ud[0] = u;
-                vd[0] = v;
-                if constexpr (C == Chroma::Doubled422) {
-                    ud[chroma.col] = u;
-                    vd[chroma.col] = v;
-                }
-                ud += chromaStep;
-                vd += chromaStep;
-            }
-        }
-        ys = ys1;
-        yRow += 2 * luma.row;
-        if constexpr (C != Chroma::None) {
-            us += chromaSkip;
-            vs += chromaSkip;
-            uRow += chroma.row;
-            vRow += chroma.row;
-        }
+    const GeometryKernels *k = geometryKernels();
+    turnBytes<R>(src.y, w, w, h, dst.y, turnPlane<R>(w, h), 0, k);
+    if constexpr (C == Chroma::Planar420) {
+        const TurnSteps to = turnPlane<R>(w >> 1, h >> 1);
+        turnBytes<R>(src.u, w >> 1, w >> 1, h >> 1, dst.u, to, 0, k);
+        turnBytes<R>(src.v, w >> 1, w >> 1, h >> 1, dst.v, to, 0, k);
+    } else if constexpr (C == Chroma::Doubled422) {
+        // Placed as a plane w wide with one row per pair of source rows, each
+        // sample covering two columns: source row 2j, column c lands where
+        // luma pixel (2c, j) of that plane would, and again one column on.
+        const TurnSteps wide = turnPlane<R>(w, h >> 1);
+        const TurnSteps to{wide.start, 2 * wide.col, wide.row};
+        turnBytes<R>(src.u, w, w >> 1, h >> 1, dst.u, to, wide.col, k);
+        turnBytes<R>(src.v, w, w >> 1, h >> 1, dst.v, to, wide.col, k);
     }
 }
 
 // 4:2:2 half turn, one row at a time: every plane is reversed sample by
-// sample, so one backward cursor per plane runs through all rows. Odd heights
-// are served; an odd or empty width writes nothing.
+// sample. Odd heights are served; an odd or empty width writes nothing.
 void gRotate422FrameBy180(const Frame &src, const Frame &dst)
 {
     const ptrdiff_t w = src.width;
     const ptrdiff_t h = src.height;
     if ((w & 1) != 0 || w == 0 || h == 0)
         return;
-    uint8_t *yd = dst.y + turnPlane<ROTATE_180>(w, h).start;
-    uint8_t *ud = dst.u + turnPlane<ROTATE_180>(w >> 1, h).start;
-    uint8_t *vd = dst.v + turnPlane<ROTATE_180>(w >> 1, h).start;
-    const uint8_t *ys = src.y;
-    const uint8_t *us = src.u;
-    const uint8_t *vs = src.v;
-    for (ptrdiff_t r = 0; r < h; ++r)
-        for (ptrdiff_t c = 0; c < w; c += 2) {
-            yd[0] = ys[0];
-            yd[-1] = ys[1];
-            ys += 2;
-            yd -= 2;
-            *ud-- = *us++;
-            *vd-- = *vs++;
-        }
+    const GeometryKernels *k = geometryKernels();
+    turnBytes<ROTATE_180>(src.y, w, w, h, dst.y, turnPlane<ROTATE_180>(w, h), 0, k);
+    const TurnSteps to = turnPlane<ROTATE_180>(w >> 1, h);
+    turnBytes<ROTATE_180>(src.u, w >> 1, w >> 1, h, dst.u, to, 0, k);
+    turnBytes<ROTATE_180>(src.v, w >> 1, w >> 1, h, dst.v, to, 0, k);
 }
 
 using Worker = void (*)(const Frame &, const Frame &);

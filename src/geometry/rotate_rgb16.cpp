@@ -1,6 +1,9 @@
 // Rectangle turns of packed 16-bit images: into a second 16-bit surface with
 // the pixels moved whole, or into a 24-bit B,G,R surface with each RGB565
 // pixel expanded and its missing low bits filled from a 2x2 pattern.
+#include <cstring>
+
+#include "geometry/kernels.h"
 #include "geometry/turn.h"
 
 namespace pixmill {
@@ -31,13 +34,9 @@ constexpr Rect clampRect(int32_t sourceWidth, int32_t sourceHeight, int32_t srcX
 
 // ---- 16-bit to 16-bit ------------------------------------------------------
 
-// Eight pixels of a source row, stored `col` elements apart.
-PIXMILL_INLINE void moveBlock8(const uint16_t *s, uint16_t *d, ptrdiff_t col)
-{
-    for (int k = 0; k < 8; ++k, d += col)
-        *d = s[k];
-}
-
+// Rows move as they are, or reversed, or through 8 x 8 tiles transposed in
+// registers under a quarter turn; the kernels do a prefix of each row or
+// band, the plain placement the rest.
 template <uint32_t R>
 int32_t rotateRGB16(const uint16_t *source, uint16_t *destination, int32_t sourceWidth, int32_t sourceHeight,
                     int32_t srcX, int32_t srcY, int32_t srcW, int32_t srcH, int32_t dstX, int32_t dstY, int32_t dstW,
@@ -47,18 +46,25 @@ int32_t rotateRGB16(const uint16_t *source, uint16_t *destination, int32_t sourc
     if (k.cw <= 0 || k.ch <= 0)
         return 0;
     const TurnSteps to = turnSteps<R>(k.cw, k.ch, 1, dstW);
-    const ptrdiff_t blockStep = 8 * to.col;
-    const int32_t blocks = k.cw >> 3;
-    const int32_t rest = k.cw & 7;
     const uint16_t *row = source + ptrdiff_t{sourceWidth} * k.srcY + k.srcX;
     uint16_t *rowOut = destination + ptrdiff_t{dstW} * k.dstY + k.dstX + to.start;
+    const GeometryKernels *kernels = geometryKernels();
+    if constexpr (isQuarterTurn(R)) {
+        turnBands(row, sourceWidth, k.cw, k.ch, rowOut, to, 0, kTransposeRows16,
+                  [kernels](const uint16_t *in, ptrdiff_t inStride, uint16_t *out, ptrdiff_t outStride, size_t n) {
+                      return kernels != nullptr ? kernels->transpose16(in, inStride, out, outStride, n) : 0;
+                  });
+        return 0;
+    }
     for (int32_t j = 0; j < k.ch; ++j, row += sourceWidth, rowOut += to.row) {
-        const uint16_t *s = row;
-        uint16_t *d = rowOut;
-        for (int32_t b = 0; b < blocks; ++b, s += 8, d += blockStep)
-            moveBlock8(s, d, to.col);
-        for (int32_t i = 0; i < rest; ++i, d += to.col)
-            *d = *s++;
+        ptrdiff_t n = 0;
+        if (R == ROTATE_NONE) {
+            n = k.cw;
+            std::memcpy(rowOut, row, size_t(n) * sizeof *row);
+        } else if (kernels != nullptr) {
+            n = static_cast<ptrdiff_t>(kernels->reverse16(row, rowOut, size_t(k.cw)));
+        }
+        placeSamples(row + n, sourceWidth, k.cw - n, 1, rowOut + n * to.col, to);
     }
     return 0;
 }
@@ -94,6 +100,35 @@ PIXMILL_INLINE void expandPixel(uint8_t *d, int32_t p, int32_t fill5, int32_t fi
     d[2] = static_cast<uint8_t>((p >> 11) * 8 + fill5);
 }
 
+// Pixels `from` to cw - 1 of rectangle row j, pixel i landing at d + i * col.
+void expandRow(const uint16_t *row, int32_t j, int32_t from, int32_t cw, uint8_t *d, ptrdiff_t col)
+{
+    // The row's half of each table; the column parity picks the entry.
+    const int32_t *fill5 = ExpandDither5 + 2 * (j & 1);
+    const int32_t *fill6 = ExpandDither6 + 2 * (j & 1);
+    for (int32_t i = from; i < cw; ++i)
+        expandPixel(d + i * col, row[i], fill5[i & 1], fill6[i & 1]);
+}
+
+// The fills of a kernel: entry [a][b] serves the pixel whose row in the
+// rectangle has parity rowParity(a, b) and whose column has parity
+// columnParity(a, b).
+template <class RowParity, class ColumnParity>
+ExpandFill expandFill(RowParity rowParity, ColumnParity columnParity)
+{
+    ExpandFill fill{};
+    for (int a = 0; a < 2; ++a)
+        for (int b = 0; b < 2; ++b) {
+            const auto k = static_cast<int32_t>(2 * (rowParity(a, b) & 1) + (columnParity(a, b) & 1));
+            fill.blue[a][b] = static_cast<uint8_t>(ExpandDither5[k]);
+            fill.green[a][b] = static_cast<uint8_t>(ExpandDither6[k]);
+        }
+    return fill;
+}
+
+// Rows expand in vectors, forwards or backwards; under a quarter turn bands
+// of 8 rows go through 8 x 8 tiles transposed in registers. The kernels do a
+// prefix of each row or band, expandRow the rest.
 template <uint32_t R>
 int32_t rotateRGB16toBGR24(const uint16_t *source, uint8_t *destination, int32_t sourceWidth, int32_t sourceHeight,
                            int32_t srcX, int32_t srcY, int32_t srcW, int32_t srcH, int32_t dstX, int32_t dstY,
@@ -106,13 +141,32 @@ int32_t rotateRGB16toBGR24(const uint16_t *source, uint8_t *destination, int32_t
     const TurnSteps to = turnSteps<R>(k.cw, k.ch, 3, dstStride);
     const uint16_t *row = source + ptrdiff_t{sourceWidth} * k.srcY + k.srcX;
     uint8_t *rowOut = destination + ptrdiff_t{dstStride} * k.dstY + 3 * ptrdiff_t{k.dstX} + to.start;
-    for (int32_t j = 0; j < k.ch; ++j, row += sourceWidth, rowOut += to.row) {
-        // The row's half of each table; the column parity picks the entry.
-        const int32_t *fill5 = ExpandDither5 + 2 * (j & 1);
-        const int32_t *fill6 = ExpandDither6 + 2 * (j & 1);
-        uint8_t *d = rowOut;
-        for (int32_t i = 0; i < k.cw; ++i, d += to.col)
-            expandPixel(d, row[i], fill5[i & 1], fill6[i & 1]);
+    const GeometryKernels *kernels = geometryKernels();
+    int32_t j = 0;
+    if (isQuarterTurn(R) && kernels != nullptr) {
+        // The band's rows in the order in which they lie along a destination row.
+        const bool up = to.row < 0;
+        const ptrdiff_t band = kTransposeRows16;
+        for (; j + band <= k.ch; j += band) {
+            const ptrdiff_t first = up ? j + band - 1 : j;
+            const ExpandFill fill =
+                expandFill([&](int, int b) { return up ? first - b : first + b; }, [](int a, int) { return a; });
+            const auto n = static_cast<int32_t>(
+                kernels->expandTurned565(row + first * sourceWidth, up ? -ptrdiff_t{sourceWidth} : sourceWidth,
+                                         rowOut + first * to.row, to.col, size_t(k.cw), fill));
+            for (ptrdiff_t b = j; b < j + band; ++b)
+                expandRow(row + b * sourceWidth, int32_t(b), n, k.cw, rowOut + b * to.row, to.col);
+        }
+    }
+    for (; j < k.ch; ++j) {
+        const uint16_t *s = row + ptrdiff_t{j} * sourceWidth;
+        uint8_t *d = rowOut + ptrdiff_t{j} * to.row;
+        int32_t n = 0;
+        if (!isQuarterTurn(R) && kernels != nullptr)
+            n = static_cast<int32_t>(kernels->expand565(s, d, size_t(k.cw), R == ROTATE_180,
+                                                        expandFill([j](int, int) { return j; },
+                                                                   [](int, int b) { return b; })));
+        expandRow(s, j, n, k.cw, d, to.col);
     }
     return 0;
 }
@@ -136,6 +190,10 @@ extern "C" PIXMILL_API int32_t gRotateRGB16(const uint16_t *source, uint16_t *de
 {
     if (source == nullptr || destination == nullptr || rotation > ROTATE_270)
         return -1;
+    // The clamps only ever lower a value: a negative position would reach
+    // before the surfaces. It is served as an empty rectangle.
+    if ((sourceWidth | sourceHeight | srcX | srcY | dstX | dstY | dstW | dstH) < 0)
+        return 0;
     return pixmill::RGB16Workers[rotation](source, destination, sourceWidth, sourceHeight, srcX, srcY, srcW, srcH,
                                            dstX, dstY, dstW, dstH);
 }
@@ -147,6 +205,10 @@ extern "C" PIXMILL_API int32_t gRotateRGB16toBGR24(const uint16_t *source, uint8
 {
     if (source == nullptr || destination == nullptr || rotation > ROTATE_270)
         return -1;
+    // As in gRotateRGB16, negative positions (a negative stride among them)
+    // are served as an empty rectangle.
+    if ((sourceWidth | sourceHeight | srcX | srcY | dstX | dstY | dstH | dstStride) < 0)
+        return 0;
     return pixmill::BGR24Workers[rotation](source, destination, sourceWidth, sourceHeight, srcX, srcY, srcW, srcH,
                                            dstX, dstY, dstH, dstStride);
 }

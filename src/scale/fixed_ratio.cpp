@@ -7,7 +7,7 @@
 //  - upby2: sourceWidth or sourceHeight below 1;
 //  - upby4: dstW or dstH below 8 or off a multiple of 4;
 //  - downto3by3: dstW or dstH below 3 or off a multiple of 3;
-//  - all: a negative corner.
+//  - all: a negative corner; the exports, a corner of 2^31 or more.
 // downby2 and downto3by3 refuse a source narrower than the samples a target
 // row consumes, and read a wider one as a true rectangle: each target row (or
 // row of blocks) starts two (or four) source rows below the one before, which
@@ -18,6 +18,7 @@
 #include <cstring>
 
 #include "frame/platform.h"
+#include "scale/kernels.h"
 
 namespace pixmill {
 namespace {
@@ -104,6 +105,10 @@ using PlaneKernel = void (*)(const uint8_t *, uint8_t *, int32_t, int32_t, int32
 template <PlaneKernel kernel>
 void scaleFrame420(const Frame &s, const Frame &t, uint32_t srcX, uint32_t srcY, uint32_t srcW, uint32_t srcH)
 {
+    // A corner of 2^31 or more lies in no frame: luma reads it as negative and
+    // stops, but halved for chroma it would be a far reach past the planes.
+    if (((srcX | srcY) >> 31) != 0)
+        return;
     const int32_t w = s.width, h = s.height, tw = t.width, th = t.height;
     kernel(s.y, t.y, w, h, tw, th, static_cast<int32_t>(srcX), static_cast<int32_t>(srcY),
            static_cast<int32_t>(srcW), static_cast<int32_t>(srcH));
@@ -123,11 +128,18 @@ void gScalePlane_downby2(const uint8_t *source, uint8_t *target, int32_t sourceW
         srcY < 0)
         return;
     const ptrdiff_t stride = sourceWidth;
+    const ScaleKernels *k = scaleKernels();
     const uint8_t *row = cornerOf(source, sourceWidth, srcX, srcY);
     for (int32_t j = 0; j < dstH; ++j, row += 2 * stride) {
-        // Two target samples per pass, from four source columns of two rows.
+        // Two target samples per pass, from four source columns of two rows;
+        // a kernel's whole vectors hold an even number of samples.
         const uint8_t *a = row, *c = row + stride;
-        for (int32_t i = 0; i < dstW; i += 2, a += 4, c += 4, target += 2) {
+        int32_t i = 0;
+        if (k) {
+            i = static_cast<int32_t>(k->downby2(a, c, target, static_cast<size_t>(dstW)));
+            a += 2 * i, c += 2 * i, target += i;
+        }
+        for (; i < dstW; i += 2, a += 4, c += 4, target += 2) {
             target[0] = nearCorner(a[0], a[1], c[0], c[1]);
             target[1] = nearCorner(a[2], a[3], c[2], c[3]);
         }
@@ -142,11 +154,13 @@ void gScalePlane_upby2(const uint8_t *source, uint8_t *target, int32_t sourceWid
         return;
     const ptrdiff_t w2 = 2 * static_cast<ptrdiff_t>(sourceWidth);
     const uint8_t *s = cornerOf(source, sourceWidth, srcX, srcY);
+    const ScaleKernels *k = scaleKernels();
     uint8_t *even = target;
     for (int32_t j = 0; j < sourceHeight; ++j, s += sourceWidth, even += 2 * w2) {
         // Even row: each sample, then its mean with the next; the last one twice.
-        uint8_t *t = even;
-        for (const uint8_t *p = s, *last = s + sourceWidth - 1; p < last; ++p, t += 2) {
+        const size_t done = k ? k->upby2Row(s, even, static_cast<size_t>(sourceWidth - 1)) : 0;
+        uint8_t *t = even + 2 * done;
+        for (const uint8_t *p = s + done, *last = s + sourceWidth - 1; p < last; ++p, t += 2) {
             t[0] = p[0];
             t[1] = static_cast<uint8_t>(avg(p[0], p[1]));
         }
@@ -155,7 +169,8 @@ void gScalePlane_upby2(const uint8_t *source, uint8_t *target, int32_t sourceWid
         if (j > 0) {
             const uint8_t *above = even - 2 * w2;
             uint8_t *odd = even - w2;
-            for (ptrdiff_t x = 0; x < w2; ++x)
+            const auto x0 = static_cast<ptrdiff_t>(k ? k->average(above, even, odd, static_cast<size_t>(w2)) : 0);
+            for (ptrdiff_t x = x0; x < w2; ++x)
                 odd[x] = static_cast<uint8_t>(avg(above[x], even[x]));
         }
     }
@@ -172,10 +187,13 @@ void gScalePlane_upby4(const uint8_t *source, uint8_t *target, int32_t sourceWid
     // The last source column and row serve only as right and lower taps.
     const int32_t blocksW = (dstW >> 2) - 1, blocksH = (dstH >> 2) - 1;
     const uint8_t *row = cornerOf(source, sourceWidth, srcX, srcY);
+    const ScaleKernels *k = scaleKernels();
     uint8_t *t = target;
     for (int32_t j = 0; j < blocksH; ++j, row += stride, t += 4 * out) {
-        uint8_t *b = t;
-        for (const uint8_t *p = row, *end = row + blocksW; p < end; ++p, b += 4)
+        uint8_t *const rows[4] = {t, t + out, t + 2 * out, t + 3 * out};
+        const size_t done = k ? k->upby4(row, row + stride, rows, static_cast<size_t>(blocksW)) : 0;
+        uint8_t *b = t + 4 * done;
+        for (const uint8_t *p = row + done, *end = row + blocksW; p < end; ++p, b += 4)
             upBlock(b, out, p[0], p[1], p[stride], p[stride + 1]);
         // The last four columns of each row repeat the four before them.
         for (uint8_t *q = b, *end = b + 4 * out; q < end; q += out)
@@ -193,11 +211,15 @@ void gScalePlane_downto3by3(const uint8_t *source, uint8_t *target, int32_t sour
     if (!source || !target || blocksW <= 0 || blocksH <= 0 || (sourceWidth >> 2) < blocksW || srcX < 0 || srcY < 0)
         return;
     const ptrdiff_t stride = sourceWidth, out = dstW;
+    const ScaleKernels *k = scaleKernels();
     const uint8_t *row = cornerOf(source, sourceWidth, srcX, srcY);
     for (int32_t m = 0; m < blocksH; ++m, row += 4 * stride, target += 3 * out) {
-        const uint8_t *s = row;
-        uint8_t *b = target;
-        for (int32_t n = 0; n < blocksW; ++n, s += 4, b += 3)
+        const uint8_t *const sourceRows[4] = {row, row + stride, row + 2 * stride, row + 3 * stride};
+        uint8_t *const targetRows[3] = {target, target + out, target + 2 * out};
+        const auto done = static_cast<int32_t>(k ? k->downto3by3(sourceRows, targetRows, size_t(blocksW)) : 0);
+        const uint8_t *s = row + 4 * done;
+        uint8_t *b = target + 3 * done;
+        for (int32_t n = done; n < blocksW; ++n, s += 4, b += 3)
             downBlock(b, out, s, stride);
     }
 }

@@ -5,12 +5,11 @@
 #include "toyuv420/kernels.h"
 #include "toyuv420/rgb565_tables.h"
 
-#if PIXMILL_SIMD
+#if PIXMILL_VECTOR_TARGET
 HWY_BEFORE_NAMESPACE();
 namespace pixmill::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-#if HWY_TARGET != HWY_SCALAR
 using D8 = hn::ScalableTag<uint8_t>;
 using D16 = hn::ScalableTag<uint16_t>;
 using V8 = hn::Vec<D8>;
@@ -259,16 +258,6 @@ size_t unpackGroups(const uint8_t *src, uint8_t *y, uint8_t *c0, uint8_t *c1, si
     return i;
 }
 
-#else
-// One lane a vector gains nothing: the plain walkers do all the work.
-size_t rgb565Blocks(const uint16_t *, const uint16_t *, uint8_t *, uint8_t *, uint8_t *, uint8_t *, size_t) { return 0; }
-size_t bgr24Blocks(const uint8_t *, const uint8_t *, uint8_t *, uint8_t *, uint8_t *, uint8_t *, size_t) { return 0; }
-template <bool, ToYuv420Kernels::Unpack>
-size_t unpackGroups(const uint8_t *, uint8_t *, uint8_t *, uint8_t *, size_t)
-{
-    return 0;
-}
-#endif
 
 constexpr ToYuv420Kernels kToYuv420{
     &rgb565Blocks,

@@ -99,6 +99,12 @@ extern "C" PIXMILL_API PIXMILL_CODE(PIXMILL_SECTION_COLORCON) void gEmRGB565toYU
     const uint16_t *source, Frame *frame, uint32_t sourceWidth, uint32_t sourceHeight)
 {
     using namespace pixmill;
+    // Served: an even frame, 2 <= sourceWidth <= width, 1 <= sourceHeight <=
+    // height. Anything else would walk rows above the planes or tails of
+    // negative length, and is left alone: nothing is written.
+    if (((frame->width | frame->height) & 1) != 0 || sourceWidth < 2 || sourceHeight < 1 ||
+        sourceWidth > frame->width || sourceHeight > frame->height)
+        return;
     const size_t width = frame->width;
     const size_t chroma = width >> 1;
     const size_t ew = sourceWidth & ~1u;

@@ -9,6 +9,8 @@
 
 #include "frame/frame.h"
 #include "scale/bilinear.h"
+#include "scale/bilinear_walk.h"
+#include "toyuv420/yuv422_scale_kernels.h"
 
 namespace pixmill {
 namespace {
@@ -52,6 +54,51 @@ void sampleRow(const Plane &p, const TapRows &t, uint8_t *out, int32_t width, in
     sampleRun(t, out, p.edgeFrom, p.count, q, step, 0);
     for (int32_t i = p.count; i < width; ++i)
         out[i] = out[p.count - 1];
+}
+
+// The vector walk of one plane: `rows` target rows `width` wide, at row
+// positions 1, 1 + rowStep, ... (looked up with the guard at lastRow), each
+// with p.count samples computed and the rest repeating the last of them.
+// When both steps are whole samples every phase is 0 and each sample is its
+// upper left tap: a copy or a pick of every kx-th sample.
+void scaleFast(const Yuv422ScaleKernels &k, const Plane &p, int32_t readable, int32_t lastRow, uint8_t *out,
+               int32_t width, int32_t rows, int32_t stepX, int32_t rowStep)
+{
+    auto upperRow = [&](int32_t pos) {
+        int32_t row = positionIndex(pos);
+        if (row == lastRow)
+            --row;
+        return p.corner + row * p.stride;
+    };
+    constexpr int32_t kSample = 1 << kPositionBits;
+    if (stepX % kSample == 0 && rowStep % kSample == 0) {
+        const int32_t kx = stepX / kSample;
+        uint8_t *o = out;
+        for (int32_t j = 0, pos = 1; j < rows; ++j, pos += rowStep, o += width) {
+            const uint8_t *src = upperRow(pos);
+            if (kx == 1) {
+                std::memcpy(o, src, size_t(p.count));
+                continue;
+            }
+            int32_t i = kx == 2 ? int32_t(k.pickEven(src, o, size_t(min32(p.count, readable / 2)))) : 0;
+            for (src += i * kx; i < p.count; ++i, src += kx)
+                o[i] = *src;
+        }
+    } else {
+        const Columns columns{1, stepX, 0, 1, p.edgeFrom, readable};
+        const int32_t stripWidth = BilinearStrip::width(columns);
+        for (int32_t i0 = 0; i0 < p.count; i0 += stripWidth) {
+            BilinearStrip strip(k.bilinear, columns, i0, min32(stripWidth, p.count - i0));
+            uint8_t *o = out + i0;
+            for (int32_t j = 0, pos = 1; j < rows; ++j, pos += rowStep, o += width) {
+                const uint8_t *upper = upperRow(pos);
+                strip.row(upper, upper + p.stride, positionPhase(pos), o);
+            }
+        }
+    }
+    for (int32_t j = 0; j < rows; ++j, out += width)
+        for (int32_t i = p.count; i < width; ++i)
+            out[i] = out[p.count - 1];
 }
 
 } // namespace
@@ -99,16 +146,27 @@ extern "C" PIXMILL_API int32_t gYUV422toYUV420(const Frame *source, Frame *targe
     uint8_t *uOut = t.u;
     uint8_t *vOut = t.v;
     const ptrdiff_t tcs = TW >> 1;
-    int32_t pos = 1;
-    for (int32_t m = 0; m < (TH >> 1) - 1; ++m, uOut += tcs, vOut += tcs) {
-        sampleRow(luma, tapRows(luma, pos), yOut, TW, stepX);
-        sampleRow(cb, tapRows(cb, pos), uOut, TW >> 1, stepX);
-        sampleRow(cr, tapRows(cr, pos), vOut, TW >> 1, stepX);
-        pos += stepY;
-        yOut += TW;
-        sampleRow(luma, tapRows(luma, pos), yOut, TW, stepX);
-        pos += stepY;
-        yOut += TW;
+    if (const Yuv422ScaleKernels *k = yuv422ScaleKernels()) {
+        // Plane by plane; chroma rows stand where the even luma rows do.
+        const int32_t chromaReadable = int32_t(cs) - (x0 >> 1), chromaRows = (TH >> 1) - 1;
+        scaleFast(*k, luma, W - x0, lastRow, yOut, TW, TH - 2, stepX, stepY);
+        scaleFast(*k, cb, chromaReadable, lastRow, uOut, TW >> 1, chromaRows, stepX, 2 * stepY);
+        scaleFast(*k, cr, chromaReadable, lastRow, vOut, TW >> 1, chromaRows, stepX, 2 * stepY);
+        yOut += (TH - 2) * ptrdiff_t(TW);
+        uOut += chromaRows * tcs;
+        vOut += chromaRows * tcs;
+    } else {
+        int32_t pos = 1;
+        for (int32_t m = 0; m < (TH >> 1) - 1; ++m, uOut += tcs, vOut += tcs) {
+            sampleRow(luma, tapRows(luma, pos), yOut, TW, stepX);
+            sampleRow(cb, tapRows(cb, pos), uOut, TW >> 1, stepX);
+            sampleRow(cr, tapRows(cr, pos), vOut, TW >> 1, stepX);
+            pos += stepY;
+            yOut += TW;
+            sampleRow(luma, tapRows(luma, pos), yOut, TW, stepX);
+            pos += stepY;
+            yOut += TW;
+        }
     }
     // The last two luma rows and the last chroma row repeat the row above.
     std::memcpy(yOut, yOut - TW, size_t(TW));

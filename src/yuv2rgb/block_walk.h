@@ -8,6 +8,7 @@
 //   static constexpr int32_t kUnits;  units per pixel
 //   kChromaPerRow and terms(u, v)     from ChromaOf<form, coefficients, 4:2:2?>
 //   template <int row, int col> static void put(Out *p, int32_t luma, const ChromaTerms &t);
+//   static PairKernel<Out> kernel(const Yuv2RgbKernels &k);   its row pair kernel
 //
 // `row` and `col` are the parities of the pixel in the source.
 #ifndef PIXMILL_BLOCK_WALK_H
@@ -19,6 +20,7 @@
 
 #include "frame/frame.h"
 #include "yuv2rgb/colour.h"
+#include "yuv2rgb/kernels.h"
 
 namespace pixmill {
 
@@ -40,6 +42,8 @@ PIXMILL_INLINE void walkBlocks(const Frame &f, typename P::Out *dst, int32_t w, 
     const ptrdiff_t lumaStride = f.width;
     const ptrdiff_t chromaRow = chromaStride(f);
     const ptrdiff_t rowStep = topDown ? pitch : -pitch;
+    const Yuv2RgbKernels *k = yuv2rgbKernels();
+    const PairKernel<Out> fast = k ? P::kernel(*k) : nullptr;
 
     Out *rowOut = topDown ? dst : dst + (h - 1) * pitch;
     const uint8_t *yRow = f.y;
@@ -54,7 +58,21 @@ PIXMILL_INLINE void walkBlocks(const Frame &f, typename P::Out *dst, int32_t w, 
         const uint8_t *va = vRow;
         const uint8_t *ub = P::kChromaPerRow ? uRow + chromaRow : uRow;
         const uint8_t *vb = P::kChromaPerRow ? vRow + chromaRow : vRow;
-        for (int32_t c = 0; c < ew; c += 2) {
+        int32_t c = 0;
+        if (fast) {
+            // The kernel converts a prefix of the pairs; the loop below the rest.
+            const size_t done = fast(PairRows{{ya, yb}, {ua, ub}, {va, vb}}, a, b, size_t(ew >> 1));
+            c = int32_t(2 * done);
+            a += c * U;
+            b += c * U;
+            ya += c;
+            yb += c;
+            ua += c >> 1;
+            va += c >> 1;
+            ub += c >> 1;
+            vb += c >> 1;
+        }
+        for (; c < ew; c += 2) {
             const ChromaTerms ta = P::terms(*ua++, *va++);
             P::template put<0, 0>(a, ya[0], ta);
             P::template put<0, 1>(a + U, ya[1], ta);

@@ -15,6 +15,7 @@
 
 #include "frame/frame.h"
 #include "yuv2rgb/colour.h"
+#include "yuv2rgb/kernels.h"
 
 namespace pixmill {
 
@@ -133,12 +134,37 @@ PIXMILL_INLINE ChromaTerms terms(const Coeffs &k, const uint8_t *u, const uint8_
     return chromaTerms<Terms::Truncating>(k, *u, *v);
 }
 
+// The part of the source that starts c columns and r rows into `s` (c even,
+// and r even for 4:2:0), and the word of its first pixel on the surface.
+PIXMILL_INLINE Source shifted(const Source &s, int32_t c, int32_t r, bool chromaPerRow)
+{
+    const ptrdiff_t chroma = (chromaPerRow ? r : r >> 1) * s.chromaStride + (c >> 1);
+    return {s.y + r * s.lumaStride + c, s.u + chroma, s.v + chroma, s.lumaStride, s.chromaStride};
+}
+
+PIXMILL_INLINE Target shifted(const Target &t, int32_t c, int32_t r)
+{
+    return {t.at + c * t.col + r * t.row, t.col, t.row};
+}
+
+// Of a kernel pair (left to right, right to left), the one that writes where
+// one source column moves one word, if any.
+PIXMILL_INLINE PairKernel<uint16_t> alongRows(const PairKernel<uint16_t> *both, ptrdiff_t col)
+{
+    if (both == nullptr)
+        return nullptr;
+    return col == 1 ? both[LeftToRight] : col == -1 ? both[RightToLeft] : nullptr;
+}
+
 // The ew x eh (both even) top-left part of the rectangle in 2x2 blocks, with
 // all of Dither2x2. 4:2:0 reads one chroma pair per block; 4:2:2
-// (chromaPerRow) one per row of the block.
+// (chromaPerRow) one per row of the block. `fast` is the kernel pair of the
+// same conversion, or nullptr.
 template <bool chromaPerRow>
-PIXMILL_INLINE void convertBlocks(const Coeffs &k, const Source &s, const Target &t, int32_t ew, int32_t eh)
+PIXMILL_INLINE void convertBlocks(const Coeffs &k, const Source &s, const Target &t, int32_t ew, int32_t eh,
+                                  const PairKernel<uint16_t> *fast)
 {
+    const PairKernel<uint16_t> along = alongRows(fast, t.col);
     const ptrdiff_t chromaPairStep = chromaPerRow ? 2 * s.chromaStride : s.chromaStride;
     const ptrdiff_t chromaSecondRow = chromaPerRow ? s.chromaStride : 0;
     uint16_t *rowOut = t.at;
@@ -152,7 +178,18 @@ PIXMILL_INLINE void convertBlocks(const Coeffs &k, const Source &s, const Target
         const uint8_t *yb = yRow + s.lumaStride;
         const uint8_t *u = uRow;
         const uint8_t *v = vRow;
-        for (int32_t c = 0; c < ew; c += 2) {
+        int32_t c = 0;
+        if (along) {
+            const PairRows in{{ya, yb}, {u, u + chromaSecondRow}, {v, v + chromaSecondRow}};
+            c = int32_t(2 * along(in, a, b, size_t(ew >> 1)));
+            a += c * t.col;
+            b += c * t.col;
+            ya += c;
+            yb += c;
+            u += c >> 1;
+            v += c >> 1;
+        }
+        for (; c < ew; c += 2) {
             const ChromaTerms ta = terms(k, u, v);
             a[0] = rgb565(ya, ta, Dither2x2[0][0]);
             a[t.col] = rgb565(ya + 1, ta, Dither2x2[0][1]);
@@ -175,11 +212,20 @@ PIXMILL_INLINE void convertBlocks(const Coeffs &k, const Source &s, const Target
 
 // One source row of w pixels in pairs that share a chroma pair, with the
 // offsets of an even source row; an odd last pixel takes those of an even
-// column. `out` is the word of the row's first pixel, `col` the move per pixel.
+// column. `out` is the word of the row's first pixel, `col` the move per
+// pixel; `fast` the kernel pair of BT.709 rows, or nullptr.
 PIXMILL_INLINE void convertRow(const Coeffs &k, const uint8_t *y, const uint8_t *u, const uint8_t *v,
-                               uint16_t *out, ptrdiff_t col, int32_t w)
+                               uint16_t *out, ptrdiff_t col, int32_t w, const PairKernel<uint16_t> *fast)
 {
-    for (int32_t c = 0; c + 1 < w; c += 2) {
+    int32_t c = 0;
+    if (const PairKernel<uint16_t> along = alongRows(fast, col)) {
+        c = int32_t(2 * along(PairRows{{y, y}, {u, u}, {v, v}}, out, out, size_t(w >> 1)));
+        out += c * col;
+        y += c;
+        u += c >> 1;
+        v += c >> 1;
+    }
+    for (; c + 1 < w; c += 2) {
         const ChromaTerms t = terms(k, u++, v++);
         out[0] = rgb565(y, t, Dither2x2[0][0]);
         out[col] = rgb565(y + 1, t, Dither2x2[0][1]);
@@ -188,6 +234,39 @@ PIXMILL_INLINE void convertRow(const Coeffs &k, const uint8_t *y, const uint8_t 
     }
     if (w & 1)
         *out = rgb565(y, terms(k, u, v), Dither2x2[0][0]);
+}
+
+// A w x h area under a quarter turn, with kernels: tiles of kTileRows x
+// kTileCols source pixels go left to right into a stack buffer and from
+// there, turned, onto the surface in runs of words along its rows; the
+// strips right of and below the whole tiles, and any area that is not
+// turned, go straight to the surface. `convert(source, target, w, h)`
+// converts an area the walk's own way; tiles start on even rows and columns,
+// so that every pixel keeps its offsets.
+template <class Convert>
+PIXMILL_INLINE void convertInTiles(const Yuv2RgbKernels *k, bool chromaPerRow, const Source &s, const Target &t,
+                                   int32_t w, int32_t h, Convert convert)
+{
+    if (k == nullptr || k->turnTile == nullptr || t.col == 1 || t.col == -1) {
+        convert(s, t, w, h);
+        return;
+    }
+    const int32_t tw = w - w % kTileCols;
+    const int32_t th = h - h % kTileRows;
+    alignas(64) uint16_t tile[kTileRows * kTileCols];
+    // Strips of kTileRows source rows, and tiles across each strip, both
+    // taken in the order of rising addresses on the surface; the source is
+    // read along its rows. (Down bands of columns instead was about twice as
+    // slow on a busy machine.)
+    for (int32_t strip = 0; strip < th; strip += kTileRows)
+        for (int32_t band = 0; band < tw; band += kTileCols) {
+            const int32_t c = t.col < 0 ? tw - kTileCols - band : band;
+            const int32_t r = t.row < 0 ? th - kTileRows - strip : strip;
+            convert(shifted(s, c, r, chromaPerRow), Target{tile, 1, kTileCols}, kTileCols, kTileRows);
+            k->turnTile(tile, t.at + c * t.col + r * t.row, t.col, t.row);
+        }
+    convert(shifted(s, tw, 0, chromaPerRow), shifted(t, tw, 0), w - tw, th);
+    convert(shifted(s, 0, th, chromaPerRow), shifted(t, 0, th), w, h - th);
 }
 
 // The tail of the bottom-up ROTATE_NONE walk, which places rows from the full
@@ -222,7 +301,12 @@ struct BottomUpBlocks {
         const int32_t eh = size.ch & ~1;
         // ROTATE_NONE counts its rows from the full ch: its tail fills the top row.
         const Target t = place(BottomUp[code], d, ew, code == ROTATE_NONE ? size.ch : eh);
-        convertBlocks<chromaPerRow>(Coeff601, s, t, ew, eh);
+        const Yuv2RgbKernels *k = yuv2rgbKernels();
+        const PairKernel<uint16_t> *fast = k ? (chromaPerRow ? k->rgb565From422 : k->rgb565From420) : nullptr;
+        const auto convert = [fast](const Source &from, const Target &to, int32_t w, int32_t h) {
+            convertBlocks<chromaPerRow>(Coeff601, from, to, w, h, fast);
+        };
+        convertInTiles(k, chromaPerRow, s, t, ew, eh, convert);
         if constexpr (code == ROTATE_NONE)
             repeatOddEdges(t, size.cw, size.ch);
     }

@@ -30,7 +30,11 @@ struct Rgb16From420 {
         const int32_t ew = cw & ~1;
         const int32_t eh = ch & ~1;
         const Target t = place(TopDown[code], d, cw, ch);
-        convertBlocks<false>(Coeff709, s, t, ew, eh);
+        const Yuv2RgbKernels *k = yuv2rgbKernels();
+        const PairKernel<uint16_t> *blocks = k ? k->rgb565From420Bt709 : nullptr;
+        convertInTiles(k, false, s, t, ew, eh, [blocks](const Source &from, const Target &to, int32_t w, int32_t h) {
+            convertBlocks<false>(Coeff709, from, to, w, h, blocks);
+        });
         if (cw & 1) {
             // Under ROTATE_NONE the odd rows of this column take the offsets
             // of an even row's odd column.
@@ -51,7 +55,8 @@ struct Rgb16From420 {
         }
         if (ch & 1) {
             const ptrdiff_t chroma = (eh >> 1) * s.chromaStride;
-            convertRow(Coeff709, s.y + eh * s.lumaStride, s.u + chroma, s.v + chroma, t.at + eh * t.row, t.col, cw);
+            convertRow(Coeff709, s.y + eh * s.lumaStride, s.u + chroma, s.v + chroma, t.at + eh * t.row, t.col, cw,
+                       k ? k->rgb565RowBt709 : nullptr);
         }
     }
 };

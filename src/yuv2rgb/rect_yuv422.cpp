@@ -15,18 +15,14 @@ namespace {
 template <uint32_t code>
 PIXMILL_INLINE void rowPairs709(const Source &s, const Surface &d, const ClipSize &size)
 {
-    const Target t = place(TopDown[code], d, size.cw, size.ch);
-    uint16_t *out = t.at;
-    const uint8_t *y = s.y;
-    const uint8_t *u = s.u;
-    const uint8_t *v = s.v;
-    for (int32_t r = 0; r < size.ch; ++r) {
-        convertRow(Coeff709, y, u, v, out, t.col, size.cw);
-        out += t.row;
-        y += s.lumaStride;
-        u += s.chromaStride;
-        v += s.chromaStride;
-    }
+    const Yuv2RgbKernels *k = yuv2rgbKernels();
+    const PairKernel<uint16_t> *rows = k ? k->rgb565RowBt709 : nullptr;
+    const auto convert = [rows](const Source &from, const Target &to, int32_t w, int32_t h) {
+        for (int32_t r = 0; r < h; ++r)
+            convertRow(Coeff709, from.y + r * from.lumaStride, from.u + r * from.chromaStride,
+                       from.v + r * from.chromaStride, to.at + r * to.row, to.col, w, rows);
+    };
+    convertInTiles(k, true, s, place(TopDown[code], d, size.cw, size.ch), size.cw, size.ch, convert);
 }
 
 // The workers live in COLORCON. They are explicit specialisations, not

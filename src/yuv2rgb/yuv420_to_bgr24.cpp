@@ -8,6 +8,7 @@ namespace {
 
 struct Bgr24From420 : ChromaOf<Terms::Rounding, Coeff709, false> {
     using Out = uint8_t;
+    static PairKernel<uint8_t> kernel(const Yuv2RgbKernels &k) { return k.bgr24From420; }
     static constexpr int32_t kUnits = 3;
     template <int row, int col>
     static PIXMILL_INLINE void put(uint8_t *p, int32_t luma, const ChromaTerms &t)
@@ -26,8 +27,10 @@ extern "C" PIXMILL_API int32_t gYUV420toBGR24(const Frame *frame, uint8_t *desti
     const int32_t height = frame->height;
     if (stride < 3 * width)
         return -1;
-    // Sizes are even by contract; the walk's repeat of an odd last column or
-    // row keeps any other size inside the target.
-    walkBlocks<Bgr24From420>(*frame, destination, width, height, stride, true);
+    // Sizes are even by contract. An odd last column or row repeats its
+    // neighbour, as in the other whole-image walks; a width or height of 1
+    // has nothing to repeat from and is left alone.
+    if (servesPart(*frame, width, height))
+        walkBlocks<Bgr24From420>(*frame, destination, width, height, stride, true);
     return 0;
 }

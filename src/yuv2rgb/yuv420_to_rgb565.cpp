@@ -6,6 +6,7 @@ namespace {
 
 struct Rgb565From420 : ChromaOf<Terms::Truncating, Coeff601, false> {
     using Out = uint16_t;
+    static PairKernel<uint16_t> kernel(const Yuv2RgbKernels &k) { return k.rgb565From420[LeftToRight]; }
     static constexpr int32_t kUnits = 1;
     template <int row, int col>
     static PIXMILL_INLINE void put(uint16_t *p, int32_t luma, const ChromaTerms &t)
@@ -21,5 +22,7 @@ extern "C" PIXMILL_API PIXMILL_CODE(PIXMILL_SECTION_YUV420_UPPER) void gEmYUV420
     const Frame *frame, uint16_t *destination, int32_t sourceWidth, int32_t sourceHeight, int32_t topDown)
 {
     using namespace pixmill;
+    if (!servesPart(*frame, sourceWidth, sourceHeight))
+        return;
     walkBlocks<Rgb565From420>(*frame, destination, sourceWidth, sourceHeight, sourceWidth, topDown != 0);
 }

@@ -9,6 +9,7 @@ namespace {
 
 struct Bgr888From422 : ChromaOf<Terms::Truncating, Coeff601, true> {
     using Out = uint8_t;
+    static PairKernel<uint8_t> kernel(const Yuv2RgbKernels &k) { return k.bgr888From422; }
     static constexpr int32_t kUnits = 3;
     template <int row, int col>
     static PIXMILL_INLINE void put(uint8_t *p, int32_t luma, const ChromaTerms &t)
@@ -24,6 +25,8 @@ extern "C" PIXMILL_API void gYUV422HPlanartoBGR888TopDown(const Frame *frame, ui
                                                           int32_t sourceWidth, int32_t sourceHeight, int32_t topDown)
 {
     using namespace pixmill;
+    if (!servesPart(*frame, sourceWidth, sourceHeight))
+        return;
     walkBlocks<Bgr888From422>(*frame, destination, sourceWidth, sourceHeight,
                               static_cast<ptrdiff_t>(sourceWidth) * 3, topDown != 0);
 }

@@ -88,16 +88,30 @@ inline int randomCorner(Random &rng, int extent)
 }
 
 // Cases in turn small (now and then of the same size or an empty target),
-// strongly reduced on one axis or both (ratios past the table's end), and
-// enlarged; rectangles that end at the plane's edge, stick out, or are empty.
+// strongly reduced on one axis or both (ratios past the table's end),
+// enlarged, and wide: every width up to 130 and now and then up to 5000 (past
+// the column strips of the vector walks), at
+// ratios around 1, 2 and 3 as often as at any other, so that rows run well
+// past the widest vector. Rectangles end at the plane's edge, stick out, or
+// are empty.
 inline ScaleCase randomScaleCase(Random &rng, int i)
 {
+    if (i % 4 == 3) {
+        const int sw = rng.range(0, 3) ? rng.range(1, 130) : rng.range(1, 5000);
+        const int dw = rng.coin() ? std::max(1, sw * rng.range(2, 26) / 8) : rng.range(1, 260);
+        ScaleCase k{sw, rng.range(1, 6), dw, rng.range(1, 6), 0, 0, 0, 0};
+        k.x = rng.range(0, 3) ? 0 : rng.range(0, k.sw - 1);
+        k.y = rng.range(0, k.sh - 1);
+        k.w = rng.coin() ? k.sw - k.x : rng.range(1, k.sw + 5);
+        k.h = rng.coin() ? k.sh - k.y : rng.range(1, k.sh + 5);
+        return k;
+    }
     // Ranges of sw, sh, dw, dh.
     static const int kRanges[3][8] = {
         {1, 24, 1, 24, 0, 24, 0, 24}, {20, 400, 1, 60, 1, 12, 1, 20}, {1, 8, 1, 8, 8, 90, 8, 60}};
-    const int *r = kRanges[i % 3];
+    const int *r = kRanges[i % 4];
     ScaleCase k{rng.range(r[0], r[1]), rng.range(r[2], r[3]), rng.range(r[4], r[5]), rng.range(r[6], r[7]), 0, 0, 0, 0};
-    if (i % 6 == 4)
+    if (i % 8 == 5)
         std::swap(k.sw, k.sh), std::swap(k.dw, k.dh);
     if (i % 12 == 0)
         k.dw = k.sw, k.dh = k.sh;

@@ -71,6 +71,20 @@ private:
     Frame frame_{};
 };
 
+// Chroma sample (x, row) of a frame at least 512 by 512 becomes u = x and
+// v = row, both modulo 256: every (u, v) pair serves some pixel, in 4:2:0 and
+// 4:2:2 alike.
+inline void everyChromaPair(TestFrame &f)
+{
+    const int32_t rows = int32_t(f.uPlane().size()) / f.chromaStride();
+    for (int32_t row = 0; row < rows; ++row)
+        for (int32_t x = 0; x < f.chromaStride(); ++x) {
+            f.uPlane()[size_t(row * f.chromaStride() + x)] = uint8_t(x);
+            f.vPlane()[size_t(row * f.chromaStride() + x)] = uint8_t(row);
+        }
+    f.snapshot();
+}
+
 } // namespace pixmill::test
 
 #endif

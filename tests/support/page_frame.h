@@ -1,11 +1,15 @@
-// A Frame record over three planes that each sit right against an
-// inaccessible page (after their end, or before their start), so that a
-// vector load or store that strays by one byte faults. Same accessors as
-// TestFrame, so that checks can take either.
+// Frames and targets whose memory sits right against an inaccessible page
+// (after its end, or before its start), so that a vector load or store that
+// strays by one byte faults at once.
+//
+// PageFrame: a Frame record over three fresh planes, with the same accessors
+// as TestFrame, so that checks can take either.
 #ifndef PIXMILL_TEST_PAGE_FRAME_H
 #define PIXMILL_TEST_PAGE_FRAME_H
 
+#include <algorithm>
 #include <cstdint>
+#include <vector>
 
 #include "pixmill.h"
 #include "support/frames.h"
@@ -41,6 +45,43 @@ private:
     Layout layout_;
     PageBuffer<uint8_t> y_, u_, v_;
     Frame frame_;
+};
+
+// A copy of a test frame whose planes end (or start) at an inaccessible page.
+// The record keeps the width and height of the original.
+class PageFrameCopy {
+public:
+    PageFrameCopy(TestFrame &from, PageSide side)
+        : y_(from.yPlane().size(), side), u_(from.uPlane().size(), side), v_(from.vPlane().size(), side)
+    {
+        copy(from.yPlane(), y_);
+        copy(from.uPlane(), u_);
+        copy(from.vPlane(), v_);
+        frame_ = from.frame();
+        frame_.y = y_.data();
+        frame_.u = u_.data();
+        frame_.v = v_.data();
+    }
+    const Frame *get() const { return &frame_; }
+
+private:
+    static void copy(const Guarded<uint8_t> &from, PageBuffer<uint8_t> &to)
+    {
+        for (size_t i = 0; i < from.size(); ++i)
+            to[i] = from[i];
+    }
+    PageBuffer<uint8_t> y_, u_, v_;
+    Frame frame_{};
+};
+
+// A target of `initial`'s contents that ends (or starts) at an inaccessible
+// page, for stores past either end.
+template <class T>
+struct PageTarget : PageBuffer<T> {
+    PageTarget(const std::vector<T> &initial, PageSide side) : PageBuffer<T>(initial.size(), side)
+    {
+        std::copy(initial.begin(), initial.end(), this->data());
+    }
 };
 
 } // namespace pixmill::test

@@ -1,5 +1,7 @@
 // 4:2:2 -> 4:2:0 crop and scale against a per-sample model on random frames
-// and rectangles: positions from 1 stepping by extent / target size, the row
+// and rectangles (among them copies and picks of every second or third
+// sample), read through copies of the source planes that end at an
+// inaccessible page: positions from 1 stepping by extent / target size, the row
 // guard at the frame's last row, chroma from the even target rows, the last
 // two luma columns and rows and the last chroma column and row repeated.
 #include <gtest/gtest.h>
@@ -11,6 +13,7 @@
 #include "pixmill.h"
 #include "support/bilinear_model.h"
 #include "support/frames.h"
+#include "support/page_buffer.h"
 
 namespace {
 
@@ -61,15 +64,30 @@ TEST(YUV422toYUV420, MatchesModelOnRandomFrames)
         if (i % 8) // mostly within the served forms
             k = {
                 k.sw + k.sw % 2, std::max(k.sh, 2), std::max(4, k.dw & ~1), std::max(4, k.dh & ~1), k.x, k.y, k.w, k.h};
+        if (i % 8 == 2) { // steps of whole samples: 1 to 3 across, 1 or 2 down
+            k.dw = std::max(4, k.dw), k.dh = std::max(4, k.dh);
+            k.sw = std::max(k.sw, k.dw * rng.range(1, 3)) + 2 * rng.range(0, 9);
+            k.sh = std::max(k.sh, k.dh * rng.range(1, 2)) + rng.range(0, 3);
+            k.x = rng.range(0, k.sw - k.dw), k.y = rng.range(0, k.sh - k.dh);
+            k.w = k.dw * std::max(1, std::min(3, (k.sw - k.x) / k.dw));
+            k.h = k.dh * std::max(1, std::min(2, (k.sh - k.y) / k.dh));
+        }
         SCOPED_TRACE(::testing::Message() << "case " << i << ": " << k);
         TestFrame s(k.sw, k.sh, Layout::Yuv422, rng, size_t(rng.range(0, 3)));
         TestFrame t(k.dw, k.dh, Layout::Yuv420, rng, size_t(rng.range(0, 3)));
-        ASSERT_EQ(gYUV422toYUV420(s.get(), &t.frame(), uint32_t(k.x), uint32_t(k.y), uint16_t(k.w), uint16_t(k.h)), 0);
+        Guarded<uint8_t> *planes[3] = {&s.yPlane(), &s.uPlane(), &s.vPlane()};
+        PageBuffer<uint8_t> paged[3] = {PageBuffer<uint8_t>(planes[0]->size()), PageBuffer<uint8_t>(planes[1]->size()),
+                                        PageBuffer<uint8_t>(planes[2]->size())};
+        for (int p = 0; p < 3; ++p)
+            std::copy(planes[p]->data(), planes[p]->data() + planes[p]->size(), paged[p].data());
+        const Frame source{paged[0].data(), paged[1].data(), paged[2].data(), uint16_t(k.sw), uint16_t(k.sh), 0};
+        ASSERT_EQ(gYUV422toYUV420(&source, &t.frame(), uint32_t(k.x), uint32_t(k.y), uint16_t(k.w), uint16_t(k.h)), 0);
         const Planes want = model(s, k);
         Guarded<uint8_t> *out[3] = {&t.yPlane(), &t.uPlane(), &t.vPlane()};
         for (int p = 0; p < 3; ++p)
             ASSERT_TRUE(written(*out[p], want[size_t(p)], p ? k.dw / 2 : k.dw)) << "plane " << p;
-        ASSERT_TRUE(s.untouched());
+        for (int p = 0; p < 3; ++p)
+            ASSERT_EQ(paged[p].copy(), planes[p]->contents()) << "source plane " << p;
     }
 }
 

@@ -12,6 +12,7 @@
 #include "pixmill.h"
 #include "support/colour_model.h"
 #include "support/frames.h"
+#include "support/page_frame.h"
 
 namespace {
 
@@ -106,13 +107,23 @@ int32_t run(Op op, const Frame *f, uint16_t *d, const RectCase &k)
 // one or not; now and then a code that is refused or counts by its low byte,
 // a corner with bits above the low 16, or a negative value (a huge corner
 // for the unsigned forms).
-RectCase randomCase(Random &rng, Op op, int32_t width, int32_t height, int32_t maxSurface)
+RectCase randomCase(Random &rng, Op op, int32_t width, int32_t height)
 {
     RectCase k{rng.range(0, width + 2), rng.range(0, height + 2), rng.range(0, width + 3), rng.range(0, height + 3),
-               0, 0, 0, 0, 0, rng.range(0, maxSurface), rng.range(0, maxSurface)};
+               0, 0, 0, 0, uint32_t(rng.range(0, 3)), 0, 0};
+    // A surface up to 4 words wider and higher than the frame, turned with
+    // the code.
+    k.sw = rng.range(0, (k.code % 2 ? height : width) + 4);
+    k.sh = rng.range(0, (k.code % 2 ? width : height) + 4);
     k.dstX = rng.range(0, k.sw + 1);
     k.dstY = rng.range(0, k.sh + 1);
-    k.code = uint32_t(rng.range(0, 3));
+    // Now and then nearly the whole frame onto a surface that takes it.
+    if (rng.range(0, 2) == 0) {
+        k.srcX = rng.range(0, 3), k.srcY = rng.range(0, 3), k.srcW = width + 1, k.srcH = height + 1;
+        k.dstX = rng.range(0, std::min(k.sw, 3)), k.dstY = rng.range(0, std::min(k.sh, 3));
+        k.sw = std::max(k.sw, k.dstX + (k.code % 2 ? height : width));
+        k.sh = std::max(k.sh, k.dstY + (k.code % 2 ? width : height));
+    }
     if (rng.range(0, 15) == 0)
         k.code = rng.coin() ? uint32_t(rng.range(4, 255)) : 0x80000000u | k.code;
     else if (bottomUp(op) && rng.coin())
@@ -136,17 +147,25 @@ TEST_P(RectConversion, MatchesModelOnRandomCases)
     const Op op = GetParam();
     const Layout layout = op == Op::Yuv420BottomUp || op == Op::Yuv420TopDown ? Layout::Yuv420 : Layout::Yuv422;
     Random rng;
-    for (int i = 0; i < 3000; ++i) {
-        const int32_t side = i < 2000 ? 10 : 40, width = rng.range(1, side), height = rng.range(1, side);
+    // Small frames, then frames past the widest vector step and the turned
+    // tiles, and a few up to 2000 wide.
+    // The last case is a 512 by 512 frame that has every chroma pair.
+    for (int i = 0; i <= 3000; ++i) {
+        const int32_t width = i == 3000 ? 512 : rng.range(1, i < 1800 ? 10 : i < 2900 ? 280 : 2000);
+        const int32_t height = i == 3000 ? 512 : rng.range(1, i < 1800 ? 10 : i < 2900 ? 40 : 20);
         const size_t misalign = size_t(rng.range(0, 3));
         // Planes two rows and columns larger than the record says: a rectangle
         // of odd size may read the chroma sample just past the plane layout.
         TestFrame f(width + 2, height + 2, layout, rng, misalign);
         f.frame().width = uint16_t(width);
         f.frame().height = uint16_t(height);
-        const RectCase k = randomCase(rng, op, width, height, side + 4);
+        if (i == 3000)
+            everyChromaPair(f);
+        RectCase k = randomCase(rng, op, width, height);
+        if (i == 3000)
+            k = {0, 0, 512, 512, 0, 0, 512, 512, uint32_t(rng.range(0, 3)), 512, 512};
         // Now and then a null plane or surface, which is refused.
-        const int broken = rng.range(0, 127);
+        const int broken = i == 3000 ? 127 : rng.range(0, 127);
         SCOPED_TRACE(::testing::Message() << "case " << i << ": frame " << width << "x" << height << ", src ("
                                           << k.srcX << ", " << k.srcY << ") " << k.srcW << "x" << k.srcH << ", dst ("
                                           << k.dstX << ", " << k.dstY << ") of " << k.dstW << "x" << k.dstH
@@ -157,12 +176,21 @@ TEST_P(RectConversion, MatchesModelOnRandomCases)
         uint8_t *Frame::*planes[] = {&Frame::y, &Frame::u, &Frame::v};
         if (broken < 3)
             record.*planes[broken] = nullptr;
-        std::vector<uint16_t> want = surface.contents();
+        const std::vector<uint16_t> initial = surface.contents();
+        std::vector<uint16_t> want = initial;
         const int32_t result = broken < 4 ? -1 : rectModel(op, f, k, want);
         ASSERT_EQ(run(op, &record, broken == 3 ? nullptr : surface.begin(), k), result);
         ASSERT_TRUE(sameUnits(surface.contents(), want, size_t(std::max(k.sw, 1))));
         ASSERT_TRUE(surface.intact());
         ASSERT_TRUE(f.untouched());
+        // Every fourth case again on planes and a surface at a page end or start.
+        if (i % 4 == 0 && broken >= 4) {
+            const PageSide side = i % 8 ? PageSide::End : PageSide::Start;
+            PageFrameCopy pf(f, side);
+            PageTarget<uint16_t> ps(initial, side);
+            ASSERT_EQ(run(op, pf.get(), ps.data(), k), result);
+            ASSERT_TRUE(sameUnits(ps.copy(), want, size_t(std::max(k.sw, 1)))) << "at a page end";
+        }
     }
 }
 

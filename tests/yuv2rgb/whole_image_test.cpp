@@ -9,6 +9,7 @@
 #include "pixmill.h"
 #include "support/colour_model.h"
 #include "support/frames.h"
+#include "support/page_frame.h"
 
 namespace {
 
@@ -20,45 +21,55 @@ struct Case {
     int32_t width, height, w, h, flag, pitch;
 };
 
-// A top-left part of 0 to maxSide pixels each way, with any of the flag
+// A top-left part of 0 to maxW by 0 to maxH pixels, with any of the flag
 // values that must read as "top down".
-Case partCase(Random &rng, int32_t maxSide, int32_t units)
+Case partCase(Random &rng, int32_t maxW, int32_t maxH, int32_t units)
 {
     static const uint32_t on[] = {1u, 0x80000000u, 0x00010000u, 0xFFFFFFFFu, 0x00000100u, 2u};
-    const int32_t w = rng.range(0, maxSide), h = rng.range(0, maxSide);
+    const int32_t w = rng.range(0, maxW), h = rng.range(0, maxH);
     const int32_t flag = rng.coin() ? int32_t(on[rng.range(0, 5)]) : 0;
     return {w + (rng.coin() ? 0 : rng.range(0, 9)), h + (rng.coin() ? 0 : rng.range(0, 5)), w, h, flag, w * units};
 }
 
 // A whole frame of even size, with a stride that now and then falls short.
-Case strideCase(Random &rng, int32_t maxSide, int32_t)
+Case strideCase(Random &rng, int32_t maxW, int32_t maxH, int32_t)
 {
-    const int32_t w = 2 * rng.range(0, maxSide / 2), h = 2 * rng.range(0, maxSide / 2);
+    const int32_t w = 2 * rng.range(0, maxW / 2), h = 2 * rng.range(0, maxH / 2);
     const int32_t stride = 3 * w + (rng.coin() ? 0 : rng.range(1, 13));
     const int32_t shortStride[] = {3 * w - 1, -stride, INT32_MIN};
     return {w, h, w, h, 1, rng.range(0, 7) == 0 ? shortStride[rng.range(0, 2)] : stride};
 }
 
-// Runs `op` on 2000 random cases against the model: px(p, f, c, r) writes the
-// pixel of source (c, r) at p. A pitch short of a row is refused with -1 and
-// writes nothing; a size of 1 has no defined result. The frame and everything
-// outside the target stay as they were.
+// Runs `op` on 2300 random cases and one of every chroma pair against the model: px(p, f, c, r) writes the
+// pixel of source (c, r) at p. Sizes up to 12, then widths up to 130 and a
+// few up to 2000, past the widest vector step. A pitch short of a row is
+// refused with -1 and writes nothing; a size of 1 has no defined result. The
+// frame and everything outside the target stay as they were; every fourth
+// case runs again on planes and a target that end, or start, at an
+// inaccessible page.
 template <class T, class Op, class Px>
-void checkRandom(const char *name, Layout layout, int32_t units, Case (*make)(Random &, int32_t, int32_t), Op op,
-                 Px px)
+void checkRandom(const char *name, Layout layout, int32_t units, Case (*make)(Random &, int32_t, int32_t, int32_t),
+                 Op op, Px px)
 {
     Random rng;
-    for (int i = 0; i < 2000; ++i) {
-        const Case k = make(rng, i < 1400 ? 12 : 70, units);
+    for (int i = 0; i <= 2300; ++i) {
+        // The last case converts a 512 by 512 frame that has every chroma pair.
+        const Case k = i < 1000   ? make(rng, 12, 12, units)
+                       : i < 2200 ? make(rng, 130, 9, units)
+                       : i < 2300 ? make(rng, 2000, 5, units)
+                                  : Case{512, 512, 512, 512, 1, 512 * units};
         SCOPED_TRACE(::testing::Message() << name << ", case " << i << ": frame " << k.width << "x" << k.height
                                           << ", convert " << k.w << "x" << k.h << ", flag " << k.flag << ", pitch "
                                           << k.pitch);
         const size_t misalign = size_t(rng.range(0, 3)), pitch = size_t(std::max({k.pitch, k.w * units, 1}));
         TestFrame f(k.width, k.height, layout, rng, misalign);
+        if (i == 2300)
+            everyChromaPair(f);
         Guarded<T> out(pitch * size_t(k.h), misalign, rng.word());
         out.randomize(rng);
         const bool refused = k.pitch < k.w * units, defined = k.w != 1 && k.h != 1;
-        std::vector<T> want = out.contents();
+        const std::vector<T> initial = out.contents();
+        std::vector<T> want = initial;
         // Source row r lands on target row r, or h - 1 - r; an odd last column
         // and row repeat their neighbour.
         for (int32_t r = 0; r < k.h && defined && !refused; ++r)
@@ -69,6 +80,13 @@ void checkRandom(const char *name, Layout layout, int32_t units, Case (*make)(Ra
         ASSERT_TRUE(sameUnits(out.contents(), defined ? want : out.contents(), pitch));
         ASSERT_TRUE(out.intact());
         ASSERT_TRUE(f.untouched());
+        if (i % 4 == 0) {
+            const PageSide side = i % 8 ? PageSide::End : PageSide::Start;
+            PageFrameCopy pf(f, side);
+            PageTarget<T> pout(initial, side);
+            ASSERT_EQ(op(pf.get(), pout.data(), k), refused ? -1 : 0);
+            ASSERT_TRUE(sameUnits(pout.copy(), defined ? want : pout.copy(), pitch)) << "at a page end";
+        }
     }
 }
 

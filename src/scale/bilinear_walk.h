@@ -1,0 +1,145 @@
+// The vector walk of the four-tap bilinear scalers on 8-bit planes, shared by
+// the plane scaler and the 4:2:2 -> 4:2:0 scaler. Each blend is split in two
+// passes: a horizontal one per source row,
+//     h = (8 - px) * left + px * right,
+// and a vertical one per target row,
+//     ((8 - py) * upper h + py * lower h) >> 6.
+// Multiplied out that is the four-tap sum w00 A + w01 B + w10 C + w11 D term
+// by term, so the bytes are those of the plain walks. Target columns go in
+// strips of a fixed count, so that the column tables have a fixed size on
+// the stack whatever the width; the horizontal results of the last two
+// source rows are kept, so that an enlargement filters each row once.
+#ifndef PIXMILL_SCALE_BILINEAR_WALK_H
+#define PIXMILL_SCALE_BILINEAR_WALK_H
+
+#include <cstddef>
+#include <cstdint>
+
+#include "frame/frame.h"
+#include "scale/bilinear.h"
+
+namespace pixmill {
+
+// Up to eight neighbouring target samples of a row whose taps all lie in the
+// 16 source bytes from `base` on. Lane t takes its near tap from byte
+// taps[2t] and its far tap from byte taps[2t + 1] of those 16, with phase
+// phase[t]; lanes past the group's size repeat lane 0.
+struct ColumnGroup {
+    int32_t base;
+    uint8_t taps[16];
+    uint16_t phase[8];
+};
+
+// The two passes as row kernels (see frame/simd.h).
+struct BilinearRowKernels {
+    // Horizontal pass of one source row: for each group g and each of its
+    // `size` lanes t, out[g * size + t] = (8 - px) * near + px * far. Writes
+    // eight samples per group, so `out` has room for seven more than it
+    // keeps; the lanes past `size` are overwritten by the next group.
+    size_t (*filterColumns)(const uint8_t *row, const ColumnGroup *groups, size_t count, size_t size, int16_t *out);
+    // Vertical pass: out[i] = ((8 - py) * upper[i] + py * lower[i]) >> 6.
+    size_t (*blendRows)(const int16_t *upper, const int16_t *lower, int32_t py, uint8_t *out, size_t n);
+};
+
+// The columns of a walk: target sample i stands at start + i * step, its
+// near tap at (position index) << shift and its far tap `far` samples right
+// of that, or on the near tap itself from column `edgeFrom` on. A source
+// row has `readable` bytes from the rectangle's corner column to its end.
+struct Columns {
+    int32_t start, step, shift, far, edgeFrom, readable;
+};
+
+class BilinearStrip {
+public:
+    // Strips hold at most this many groups and columns, so that a strip
+    // takes some 17 KiB of stack whatever the width.
+    static constexpr int32_t kGroups = 256;
+    static constexpr int32_t kMaxWidth = 2048;
+
+    // How many target columns of `c` a strip takes: as many as its groups
+    // cover, or kMaxWidth when no group serves.
+    static int32_t width(const Columns &c)
+    {
+        const int32_t size = groupSize(c);
+        return size ? kGroups * size : kMaxWidth;
+    }
+
+    // The target columns [from, from + n) of `c`, n at most width(c).
+    BilinearStrip(const BilinearRowKernels &k, const Columns &c, int32_t from, int32_t n)
+        : k_(k), c_(c), from_(from), n_(n), size_(groupSize(c))
+    {
+        // Whole groups whose 16 bytes stay inside the source row and before
+        // the edge go to the kernel; the columns after them are filtered here.
+        while (size_ && (count_ + 1) * size_ <= n && from + (count_ + 1) * size_ <= c.edgeFrom) {
+            ColumnGroup &g = groups_[count_];
+            const int32_t first = from + count_ * size_;
+            g.base = positionIndex(c.start + first * c.step) << c.shift;
+            if (g.base + 16 > c.readable)
+                break;
+            for (int32_t t = 0; t < 8; ++t) {
+                const int32_t pos = c.start + (first + (t < size_ ? t : 0)) * c.step; // past the size: lane 0
+                const int32_t nearTap = (positionIndex(pos) << c.shift) - g.base;
+                g.taps[2 * t] = static_cast<uint8_t>(nearTap);
+                g.taps[2 * t + 1] = static_cast<uint8_t>(nearTap + c.far);
+                g.phase[t] = static_cast<uint16_t>(positionPhase(pos));
+            }
+            ++count_;
+        }
+    }
+
+    // One target row, from the source rows at `upper` and `lower` (a lower
+    // row of weight 0 is not read) blended at phase py.
+    void row(const uint8_t *upper, const uint8_t *lower, int32_t py, uint8_t *out)
+    {
+        const int32_t r0 = upper == held_[1] ? 1 : 0; // keep what the last row filtered
+        const int16_t *u = filtered(upper, r0);
+        const int16_t *l = py ? filtered(lower, 1 - r0) : u;
+        for (auto i = static_cast<int32_t>(k_.blendRows(u, l, py, out, size_t(n_))); i < n_; ++i)
+            out[i] = static_cast<uint8_t>(((8 - py) * u[i] + py * l[i]) >> 6);
+    }
+
+private:
+    // The most neighbouring target samples (8, 4 or 2) whose taps always lie
+    // within 16 source bytes, or 0 when not even two do.
+    static int32_t groupSize(const Columns &c)
+    {
+        for (int32_t size = 8; size >= 2; size >>= 1) {
+            const int64_t lattice = ((int64_t(size - 1) * c.step) >> kPositionBits) + 1;
+            if ((lattice << c.shift) + c.far <= 15)
+                return size;
+        }
+        return 0;
+    }
+
+    // The horizontal pass of the source row at `src`, from the slot that
+    // holds it or else into slot `s`.
+    const int16_t *filtered(const uint8_t *src, int32_t s)
+    {
+        if (held_[s] == src)
+            return h_[s];
+        if (held_[1 - s] == src)
+            return h_[1 - s];
+        held_[s] = src;
+        int16_t *h = h_[s];
+        k_.filterColumns(src, groups_, size_t(count_), size_t(size_), h);
+        int32_t i = count_ * size_;
+        for (int32_t pos = c_.start + (from_ + i) * c_.step; i < n_; ++i, pos += c_.step) {
+            const int32_t col = positionIndex(pos) << c_.shift, px = positionPhase(pos);
+            const int32_t far = from_ + i < c_.edgeFrom ? c_.far : 0;
+            h[i] = static_cast<int16_t>((8 - px) * src[col] + px * src[col + far]);
+        }
+        return h;
+    }
+
+    const BilinearRowKernels &k_;
+    const Columns c_;
+    const int32_t from_, n_, size_;
+    int32_t count_ = 0;
+    ColumnGroup groups_[kGroups];
+    const uint8_t *held_[2] = {nullptr, nullptr};
+    int16_t h_[2][kMaxWidth + 8]; // a group stores eight lanes
+};
+
+} // namespace pixmill
+
+#endif

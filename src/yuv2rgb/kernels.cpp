@@ -1,0 +1,275 @@
+// Vector kernels of the conversions to RGB, one set per target. They mirror
+// colour.h lane by lane: the chroma terms in 16-bit lanes with exact Q14
+// products, R = clamp(Y + Rt + dR), G = clamp(Y - Gt + dG),
+// B = clamp(Y + Bt + dB), and the RGB565 word by dropping low bits.
+//
+// A 16-bit lane holds one pixel pair: the two luma bytes loaded as one word
+// (even column in the low byte) and the one chroma pair that they share, so
+// that the pair never needs a shuffle and the offsets of even and odd
+// columns are constants. The clamped values of a pair go back into the two
+// bytes of its lane, which puts them in pixel order for the store.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "yuv2rgb/kernels.cpp"
+#include "frame/simd.h"
+#include "yuv2rgb/colour.h"
+#include "yuv2rgb/kernels.h"
+
+#if PIXMILL_SIMD
+#  if defined(__BYTE_ORDER__) && __BYTE_ORDER__ != __ORDER_LITTLE_ENDIAN__
+#    error "The RGB565 kernels store each word as its two bytes, low byte first."
+#  endif
+
+HWY_BEFORE_NAMESPACE();
+namespace pixmill::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+#  if HWY_TARGET == HWY_SCALAR
+// One lane holds no pixel pair: the plain code serves.
+constexpr Yuv2RgbKernels kYuv2Rgb{};
+#  else
+using DI = hn::ScalableTag<int16_t>;  // one pixel pair per lane
+using DU = hn::RebindToUnsigned<DI>;
+using D8 = hn::Repartition<uint8_t, DI>; // one pixel per lane
+using DC = hn::Rebind<uint8_t, DI>;      // one chroma sample per pair
+using VI = hn::Vec<DI>;
+using VU = hn::Vec<DU>;
+using V8 = hn::Vec<D8>;
+
+// ---- Chroma terms ------------------------------------------------------------
+// k * x for a Q14 coefficient k and a chroma difference x, split into the
+// quotient floor(k * x / 2^14) and the remainder below 2^14. Given 4x, the
+// quotient is the high half of the 16 x 16 product k * 4x and the remainder
+// its low half shifted down by 2, so that no product needs 32-bit lanes.
+struct Q14 {
+    VI quot;
+    VU rem;
+};
+
+HWY_INLINE Q14 product(int32_t k, VI x4)
+{
+    const VI kv = hn::Set(DI(), static_cast<int16_t>(k));
+    return {hn::MulHigh(kv, x4), hn::ShiftRight<2>(hn::BitCast(DU(), kv * x4))};
+}
+
+// (a + b + bias) >> 14: remainders and bias add up below 2^16 and carry 0 to
+// 2 into the sum of the quotients.
+template <int32_t bias>
+HWY_INLINE VI shift14(const Q14 &a, const Q14 &b)
+{
+    const VU rest = hn::Add(hn::Add(a.rem, b.rem), hn::Set(DU(), static_cast<uint16_t>(bias)));
+    return hn::Add(hn::Add(a.quot, b.quot), hn::BitCast(DI(), hn::ShiftRight<14>(rest)));
+}
+
+template <int32_t bias>
+HWY_INLINE VI shift14(const Q14 &a)
+{
+    if constexpr (bias == 0)
+        return a.quot;
+    else
+        return hn::Add(a.quot, hn::BitCast(DI(), hn::ShiftRight<14>(hn::Add(a.rem, hn::Set(DU(), uint16_t(bias))))));
+}
+
+// Rt, -Gt and Bt of one chroma pair per lane.
+struct TermsV {
+    VI r;
+    VI negG;
+    VI b;
+};
+
+template <class R, Direction dir>
+HWY_INLINE TermsV chromaTerms(const uint8_t *u, const uint8_t *v)
+{
+    const DI di;
+    const DC dc;
+    VI cb = hn::Sub(hn::BitCast(di, hn::PromoteTo(DU(), hn::LoadU(dc, u))), hn::Set(di, 128));
+    VI cr = hn::Sub(hn::BitCast(di, hn::PromoteTo(DU(), hn::LoadU(dc, v))), hn::Set(di, 128));
+    if constexpr (dir == RightToLeft) {
+        cb = hn::Reverse(di, cb);
+        cr = hn::Reverse(di, cr);
+    }
+    const VI cb4 = hn::ShiftLeft<2>(cb);
+    const VI cr4 = hn::ShiftLeft<2>(cr);
+    constexpr int32_t bias = R::kForm == Terms::Rounding ? 8192 : 0;
+    const Coeffs &k = R::kCoeffs;
+    const VI g = shift14<bias>(product(k.crToG, cr4), product(k.cbToG, cb4));
+    return {shift14<bias>(product(k.crToR, cr4)), hn::Neg(g), shift14<bias>(product(k.cbToB, cb4))};
+}
+
+// ---- Pixels ------------------------------------------------------------------
+// One channel of the pairs: clamp(Y + term + offset) for the even and the odd
+// column, back in the two bytes of each lane in the order of the store.
+template <Direction dir>
+HWY_INLINE V8 channel(VI yEven, VI yOdd, VI term, int32_t dEven, int32_t dOdd)
+{
+    const DI di;
+    const VI lo = hn::Zero(di);
+    const VI hi = hn::Set(di, 255);
+    const VI even = hn::Min(hn::Max(hn::Add(yEven, hn::Add(term, hn::Set(di, int16_t(dEven)))), lo), hi);
+    const VI odd = hn::Min(hn::Max(hn::Add(yOdd, hn::Add(term, hn::Set(di, int16_t(dOdd)))), lo), hi);
+    // Right to left, the odd pixel of a pair comes first in memory.
+    const VI first = dir == LeftToRight ? even : odd;
+    const VI second = dir == LeftToRight ? odd : even;
+    return hn::BitCast(D8(), hn::Or(first, hn::ShiftLeft<8>(second)));
+}
+
+enum class Layout { Rgb, Bgr, Rgb565 };
+
+// Converts 2 * Lanes pixels of one row, of source row parity `row`, and
+// stores them from `out` upwards (in reverse pixel order right to left).
+template <class R, Direction dir, int row>
+HWY_INLINE void convertRow(const uint8_t *y, const TermsV &t, typename R::Out *out)
+{
+    const DU du;
+    const D8 d8;
+    VU pairs = hn::BitCast(du, hn::LoadU(d8, y));
+    if constexpr (dir == RightToLeft)
+        pairs = hn::Reverse(du, pairs);
+    const VI yEven = hn::BitCast(DI(), hn::And(pairs, hn::Set(du, 0xFF)));
+    const VI yOdd = hn::BitCast(DI(), hn::ShiftRight<8>(pairs));
+    constexpr Offsets e = R::kOffsets[row][0];
+    constexpr Offsets o = R::kOffsets[row][1];
+    const V8 r = channel<dir>(yEven, yOdd, t.r, e.r, o.r);
+    const V8 g = channel<dir>(yEven, yOdd, t.negG, e.g, o.g);
+    const V8 b = channel<dir>(yEven, yOdd, t.b, e.b, o.b);
+    if constexpr (R::kLayout == Layout::Rgb) {
+        hn::StoreInterleaved3(r, g, b, d8, out);
+    } else if constexpr (R::kLayout == Layout::Bgr) {
+        hn::StoreInterleaved3(b, g, r, d8, out);
+    } else {
+        // R >> 3 in bits 15..11, G >> 2 in 10..5, B >> 3 in 4..0.
+        const V8 high = hn::Or(hn::And(r, hn::Set(d8, 0xF8)), hn::ShiftRight<5>(g));
+        const V8 low = hn::Or(hn::And(hn::ShiftLeft<3>(g), hn::Set(d8, 0xE0)), hn::ShiftRight<3>(b));
+        hn::StoreInterleaved2(low, high, d8, reinterpret_cast<uint8_t *>(out));
+    }
+}
+
+// The kernel of a recipe: whole vectors of pairs along one row or a row pair.
+template <class R, Direction dir>
+size_t convertPairs(const PairRows &in, typename R::Out *out0, typename R::Out *out1, size_t pairs)
+{
+    const size_t N = hn::Lanes(DI());
+    size_t i = 0;
+    for (; i + N <= pairs; i += N) {
+        // Left to right pixel 2i is at out + 2i; right to left the vector of
+        // pixels 2i .. 2i + 2N - 1 ends at out - 2i.
+        const ptrdiff_t at = dir == LeftToRight ? ptrdiff_t(2 * i * R::kUnits) : -ptrdiff_t(2 * i + 2 * N - 1);
+        const TermsV t0 = chromaTerms<R, dir>(in.u[0] + i, in.v[0] + i);
+        convertRow<R, dir, 0>(in.y[0] + 2 * i, t0, out0 + at);
+        if constexpr (R::kRows == 2) {
+            const TermsV t1 = R::kChromaPerRow ? chromaTerms<R, dir>(in.u[1] + i, in.v[1] + i) : t0;
+            convertRow<R, dir, 1>(in.y[1] + 2 * i, t1, out1 + at);
+        }
+    }
+    return i;
+}
+
+// ---- Recipes -----------------------------------------------------------------
+inline constexpr Offsets kNoOffsets[2][2] = {{NoOffsets, NoOffsets}, {NoOffsets, NoOffsets}};
+// gYUV420toBGR24 lifts luma in odd columns by 1, an offset of 1 on all three.
+inline constexpr Offsets kOddColumnLift[2][2] = {{NoOffsets, {1, 1, 1}}, {NoOffsets, {1, 1, 1}}};
+
+template <class Out_, const Coeffs &k, Terms form, const Offsets (&offsets)[2][2], bool perRow, Layout layout,
+          int rows = 2>
+struct Recipe {
+    using Out = Out_;
+    static constexpr const Coeffs &kCoeffs = k;
+    static constexpr Terms kForm = form;
+    static constexpr const Offsets (&kOffsets)[2][2] = offsets;
+    static constexpr bool kChromaPerRow = perRow;
+    static constexpr Layout kLayout = layout;
+    static constexpr size_t kUnits = layout == Layout::Rgb565 ? 1 : 3;
+    static constexpr int kRows = rows;
+};
+
+using Rgb888From420 = Recipe<uint8_t, Coeff601, Terms::Truncating, kNoOffsets, false, Layout::Rgb>;
+using Bgr24From420 = Recipe<uint8_t, Coeff709, Terms::Rounding, kOddColumnLift, false, Layout::Bgr>;
+using Bgr888From422 = Recipe<uint8_t, Coeff601, Terms::Truncating, Dither2x2, true, Layout::Bgr>;
+using Rgb565From420 = Recipe<uint16_t, Coeff601, Terms::Truncating, Dither2x2, false, Layout::Rgb565>;
+using Rgb565From422 = Recipe<uint16_t, Coeff601, Terms::Truncating, Dither2x2, true, Layout::Rgb565>;
+using Rgb565From420Bt709 = Recipe<uint16_t, Coeff709, Terms::Truncating, Dither2x2, false, Layout::Rgb565>;
+using Rgb565RowBt709 = Recipe<uint16_t, Coeff709, Terms::Truncating, Dither2x2, true, Layout::Rgb565, 1>;
+
+// ---- Turned tiles --------------------------------------------------------------
+using D8x16 = hn::FixedTag<uint16_t, 8>;
+using V8x16 = hn::Vec<D8x16>;
+
+// Rows 0..7 of v become its columns.
+HWY_INLINE void transpose8x8(V8x16 v[8])
+{
+    const D8x16 d;
+    const hn::Repartition<uint32_t, D8x16> d32;
+    const hn::Repartition<uint64_t, D8x16> d64;
+    V8x16 a[8], b[8];
+    for (int i = 0; i < 4; ++i) {
+        a[2 * i] = hn::InterleaveLower(d, v[2 * i], v[2 * i + 1]);
+        a[2 * i + 1] = hn::InterleaveUpper(d, v[2 * i], v[2 * i + 1]);
+    }
+    for (int i = 0; i < 2; ++i)
+        for (int j = 0; j < 2; ++j) {
+            const auto x = hn::BitCast(d32, a[4 * i + j]), y = hn::BitCast(d32, a[4 * i + j + 2]);
+            b[4 * i + 2 * j] = hn::BitCast(d, hn::InterleaveLower(d32, x, y));
+            b[4 * i + 2 * j + 1] = hn::BitCast(d, hn::InterleaveUpper(d32, x, y));
+        }
+    for (int j = 0; j < 4; ++j) {
+        const auto x = hn::BitCast(d64, b[j]), y = hn::BitCast(d64, b[j + 4]);
+        v[2 * j] = hn::BitCast(d, hn::InterleaveLower(d64, x, y));
+        v[2 * j + 1] = hn::BitCast(d, hn::InterleaveUpper(d64, x, y));
+    }
+}
+
+// Stores in the order of rising addresses: a row move of 1 puts the words
+// of a tile column in order, and a column move below 0 takes the tile's
+// columns from the last.
+template <bool wordsUp, bool colsUp>
+HWY_INLINE void turnTileIn(const uint16_t *tile, uint16_t *at, ptrdiff_t col)
+{
+    const D8x16 d;
+    V8x16 v[8];
+    for (int32_t block = 0; block < kTileCols; block += 8) {
+        const int32_t c = colsUp ? block : kTileCols - 8 - block;
+        for (int32_t strip = 0; strip < kTileRows; strip += 8) {
+            const int32_t r = wordsUp ? strip : kTileRows - 8 - strip;
+            for (int32_t i = 0; i < 8; ++i)
+                v[i] = hn::LoadU(d, tile + (r + i) * kTileCols + c);
+            transpose8x8(v);
+            for (int32_t j = 0; j < 8; ++j) {
+                const int32_t i = colsUp ? j : 7 - j;
+                uint16_t *p = at + (c + i) * col;
+                if constexpr (wordsUp)
+                    hn::StoreU(v[i], d, p + r);
+                else
+                    hn::StoreU(hn::Reverse(d, v[i]), d, p - r - 7);
+            }
+        }
+    }
+}
+
+void turnTile(const uint16_t *tile, uint16_t *at, ptrdiff_t col, ptrdiff_t row)
+{
+    if (row > 0)
+        col > 0 ? turnTileIn<true, true>(tile, at, col) : turnTileIn<true, false>(tile, at, col);
+    else
+        col > 0 ? turnTileIn<false, true>(tile, at, col) : turnTileIn<false, false>(tile, at, col);
+}
+
+constexpr Yuv2RgbKernels kYuv2Rgb{
+    &convertPairs<Rgb888From420, LeftToRight>,
+    &convertPairs<Bgr24From420, LeftToRight>,
+    &convertPairs<Bgr888From422, LeftToRight>,
+    {&convertPairs<Rgb565From420, LeftToRight>, &convertPairs<Rgb565From420, RightToLeft>},
+    {&convertPairs<Rgb565From422, LeftToRight>, &convertPairs<Rgb565From422, RightToLeft>},
+    {&convertPairs<Rgb565From420Bt709, LeftToRight>, &convertPairs<Rgb565From420Bt709, RightToLeft>},
+    {&convertPairs<Rgb565RowBt709, LeftToRight>, &convertPairs<Rgb565RowBt709, RightToLeft>},
+    &turnTile,
+};
+#  endif
+
+} // namespace pixmill::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+#endif
+
+#if PIXMILL_KERNELS_ONCE
+namespace pixmill {
+PIXMILL_KERNEL_SET(Yuv2RgbKernels, kYuv2Rgb, yuv2rgbKernels)
+} // namespace pixmill
+#endif

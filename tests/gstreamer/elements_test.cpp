@@ -1,0 +1,529 @@
+// The GStreamer elements against the library called directly: random frames in
+// GStreamer's own layout (padded strides included) go through a GstHarness,
+// and the output, read back into tight planes, must equal what the library
+// makes of the same frame's tight planes.
+#include <gst/check/gstharness.h>
+#include <gst/gst.h>
+#include <gst/video/video.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "common.h" // registerElements
+#include "pixmill.h"
+
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+GstVideoInfo infoOf(GstVideoFormat f, int w, int h)
+{
+    GstVideoInfo info;
+    gst_video_info_set_format(&info, f, static_cast<guint>(w), static_cast<guint>(h));
+    return info;
+}
+
+// Each plane of the library's tight layout: bytes per row, rows, and where the
+// GStreamer frame keeps it (offset and stride of component 0, 1 or 2).
+struct TightPlane {
+    int rowBytes, rows;
+    size_t offset;
+    int stride;
+};
+
+std::vector<TightPlane> tightPlanes(const GstVideoInfo &info)
+{
+    const int w = GST_VIDEO_INFO_WIDTH(&info), h = GST_VIDEO_INFO_HEIGHT(&info);
+    const GstVideoFormat f = GST_VIDEO_INFO_FORMAT(&info);
+    if (GST_VIDEO_INFO_N_PLANES(&info) == 1)
+        return {{w * GST_VIDEO_INFO_COMP_PSTRIDE(&info, 0), h, GST_VIDEO_INFO_PLANE_OFFSET(&info, 0),
+                 GST_VIDEO_INFO_PLANE_STRIDE(&info, 0)}};
+    const int chromaRows = f == GST_VIDEO_FORMAT_Y42B ? h : h >> 1;
+    std::vector<TightPlane> planes;
+    for (int c = 0; c < 3; ++c) {
+        const guint plane = GST_VIDEO_INFO_COMP_PLANE(&info, c);
+        planes.push_back({c ? w >> 1 : w, c ? chromaRows : h, GST_VIDEO_INFO_PLANE_OFFSET(&info, plane),
+                          GST_VIDEO_INFO_PLANE_STRIDE(&info, plane)});
+    }
+    return planes;
+}
+
+// A buffer in GStreamer's layout, every byte (padding too) random.
+GstBuffer *randomBuffer(const GstVideoInfo &info, std::mt19937 &rng)
+{
+    Bytes bytes(GST_VIDEO_INFO_SIZE(&info));
+    for (auto &b : bytes)
+        b = static_cast<uint8_t>(rng());
+    GstBuffer *buffer = gst_buffer_new_allocate(nullptr, bytes.size(), nullptr);
+    gst_buffer_fill(buffer, 0, bytes.data(), bytes.size());
+    return buffer;
+}
+
+// The frame's planes as the library lays them out, Y, U, V (by component).
+Bytes tightOf(GstBuffer *buffer, const GstVideoInfo &info)
+{
+    GstMapInfo map;
+    EXPECT_TRUE(gst_buffer_map(buffer, &map, GST_MAP_READ));
+    Bytes out;
+    for (const TightPlane &p : tightPlanes(info))
+        for (int r = 0; r < p.rows; ++r) {
+            const uint8_t *row = map.data + p.offset + static_cast<size_t>(r) * static_cast<size_t>(p.stride);
+            out.insert(out.end(), row, row + p.rowBytes);
+        }
+    gst_buffer_unmap(buffer, &map);
+    return out;
+}
+
+Frame frameOver(Bytes &planes, int w, int h, bool is422)
+{
+    uint8_t *y = planes.data();
+    const size_t chroma = static_cast<size_t>(w >> 1) * static_cast<size_t>(is422 ? h : h >> 1);
+    uint8_t *u = y + static_cast<size_t>(w) * static_cast<size_t>(h);
+    return Frame{y, u, u + chroma, static_cast<uint16_t>(w), static_cast<uint16_t>(h), 0};
+}
+
+uint16_t *words(Bytes &b) { return reinterpret_cast<uint16_t *>(b.data()); }
+
+// One run of an element: the output in tight planes, or nothing (and the
+// bus error's text in `error`) when the element refuses.
+struct Outcome {
+    bool ran = false;
+    Bytes output;
+    std::string error;
+};
+
+Outcome runElement(const char *element, const char *properties, const GstVideoInfo &in, const GstVideoInfo &out,
+               GstBuffer *buffer)
+{
+    GstHarness *h = gst_harness_new_parse((std::string(element) + " " + properties).c_str());
+    GstBus *bus = gst_bus_new();
+    gst_element_set_bus(h->element, bus);
+    // Downstream asks for a format and a size, as a capsfilter would.
+    GstCaps *wanted = gst_video_info_to_caps(&out);
+    gst_structure_remove_fields(gst_caps_get_structure(wanted, 0), "colorimetry", "chroma-site", nullptr);
+    gst_harness_set_caps(h, gst_video_info_to_caps(&in), wanted);
+    Outcome run;
+    if (gst_harness_push(h, buffer) == GST_FLOW_OK) {
+        GstBuffer *result = gst_harness_pull(h);
+        run.ran = result != nullptr;
+        if (result) {
+            run.output = tightOf(result, out);
+            gst_buffer_unref(result);
+        }
+    }
+    if (GstMessage *m = gst_bus_pop_filtered(bus, GST_MESSAGE_ERROR)) {
+        GError *e = nullptr;
+        gst_message_parse_error(m, &e, nullptr);
+        run.error = e->message;
+        g_error_free(e);
+        gst_message_unref(m);
+    }
+    gst_element_set_bus(h->element, nullptr);
+    gst_object_unref(bus);
+    gst_harness_teardown(h);
+    return run;
+}
+
+const char *name(GstVideoFormat f) { return gst_video_format_to_string(f); }
+
+// ---- pixmillconvert ----------------------------------------------------------
+
+// What the library makes of a tight input, called the way the element's
+// documentation says: RGB16 upright and turned clockwise by `rotation`.
+Bytes expectedConvert(GstVideoFormat in, GstVideoFormat out, int w, int h, int matrix, Rotation rotation, Bytes src)
+{
+    const auto uw = static_cast<uint32_t>(w), uh = static_cast<uint32_t>(h);
+    Bytes planes = src, result(static_cast<size_t>(w) * static_cast<size_t>(h) * 3);
+    const bool is422 = in == GST_VIDEO_FORMAT_Y42B;
+    Frame f = frameOver(planes, w, h, is422);
+    switch (in) {
+    case GST_VIDEO_FORMAT_GRAY8:
+        planes.resize(planes.size() * 3 / 2, 128);
+        f = frameOver(planes, w, h, false);
+        break;
+    case GST_VIDEO_FORMAT_YUY2:
+    case GST_VIDEO_FORMAT_UYVY:
+        planes.assign(static_cast<size_t>(w * h * 3 / 2), 0);
+        f = frameOver(planes, w, h, false);
+        (in == GST_VIDEO_FORMAT_YUY2 ? gY1UY2VToYV12 : gUY1VY2ToYUV420)(src.data(), &f, uw, uh);
+        break;
+    case GST_VIDEO_FORMAT_RGB16: { // the operation stores the image upside down
+        const size_t row = 2 * static_cast<size_t>(w);
+        Bytes reversed;
+        for (int r = h - 1; r >= 0; --r)
+            reversed.insert(reversed.end(), src.begin() + static_cast<ptrdiff_t>(row) * r,
+                            src.begin() + static_cast<ptrdiff_t>(row) * (r + 1));
+        Frame t = frameOver(result, w, h, false);
+        gEmRGB565toYUV420(words(reversed), &t, uw, uh);
+        return Bytes(result.begin(), result.begin() + w * h * 3 / 2);
+    }
+    case GST_VIDEO_FORMAT_BGR:
+        gBGR24INTtoYUV420Planar(src.data(), result.data(), uw, uh, 3 * w);
+        return Bytes(result.begin(), result.begin() + w * h * 3 / 2);
+    default:
+        break;
+    }
+    const bool quarter = rotation == ROTATE_90 || rotation == ROTATE_270;
+    const int ow = quarter ? h : w, oh = quarter ? w : h;
+    switch (out) {
+    case GST_VIDEO_FORMAT_I420:
+        if (!is422)
+            return Bytes(planes.begin(), planes.begin() + w * h * 3 / 2);
+        {
+            Frame t = frameOver(result, w, h, false);
+            gYUV422toYUV420(&f, &t, 0, 0, static_cast<uint16_t>(w), static_cast<uint16_t>(h));
+            result.resize(static_cast<size_t>(w * h * 3 / 2));
+        }
+        return result;
+    case GST_VIDEO_FORMAT_RGB:
+        gEmYUV420toRGB888TopDown(&f, result.data(), w, h, 1);
+        return result;
+    case GST_VIDEO_FORMAT_BGR:
+        if (is422)
+            gYUV422HPlanartoBGR888TopDown(&f, result.data(), w, h, 1);
+        else
+            gYUV420toBGR24(&f, result.data(), 3 * w);
+        return result;
+    default:
+        break;
+    }
+    result.resize(static_cast<size_t>(2 * w * h));
+    if (matrix == 709) {
+        (is422 ? gYUV422toRGB16Rotate : gYUV420toRGB16Rotate)(&f, words(result), ow, oh, 0, 0, 0, 0, w, h, rotation);
+        return result;
+    }
+    Bytes upright(result.size());
+    if (is422) { // bottom-up rows: read them from the last
+        Bytes flipped(result.size());
+        const auto u = [](int v) { return static_cast<uint16_t>(v); };
+        gYUV422HPlanartoBGR565TopDown_Rotate(&f, words(flipped), 0, 0, u(w), u(h), 0, 0, u(w), u(h), ROTATE_NONE);
+        for (int r = 0; r < h; ++r)
+            std::memcpy(&upright[static_cast<size_t>(2 * w * r)], &flipped[static_cast<size_t>(2 * w * (h - 1 - r))],
+                        static_cast<size_t>(2 * w));
+    } else {
+        gEmYUV420toRGB565TopDown(&f, words(upright), w, h, 1);
+    }
+    gRotateRGB16(words(upright), words(result), w, h, 0, 0, w, h, 0, 0, ow, oh, rotation);
+    return result;
+}
+
+struct Size {
+    int w, h;
+};
+// 18, 34 and 62 wide: I420 rows padded to 4 bytes; 64: tight.
+const Size kSizes[] = {{18, 10}, {34, 6}, {62, 4}, {64, 8}};
+
+void expectConverts(GstVideoFormat in, GstVideoFormat out, int w, int h, int matrix, int degrees)
+{
+    SCOPED_TRACE(std::string(name(in)) + " -> " + name(out) + " " + std::to_string(w) + "x" + std::to_string(h) +
+                 " matrix " + std::to_string(matrix) + " rotation " + std::to_string(degrees));
+    std::mt19937 rng(static_cast<unsigned>(w * 1000 + h + degrees));
+    const auto rotation = static_cast<Rotation>(degrees / 90);
+    const bool quarter = degrees % 180 == 90;
+    const GstVideoInfo inInfo = infoOf(in, w, h), outInfo = infoOf(out, quarter ? h : w, quarter ? w : h);
+    GstBuffer *buffer = randomBuffer(inInfo, rng);
+    const Bytes src = tightOf(buffer, inInfo);
+    const std::string props = "matrix=" + std::to_string(matrix) + " rotation=" + std::to_string(degrees);
+    const Outcome run = runElement("pixmillconvert", props.c_str(), inInfo, outInfo, buffer);
+    ASSERT_TRUE(run.ran) << run.error;
+    EXPECT_TRUE(run.output == expectedConvert(in, out, w, h, matrix, rotation, src));
+}
+
+const GstVideoFormat kPlanarIn[] = {GST_VIDEO_FORMAT_I420, GST_VIDEO_FORMAT_YV12, GST_VIDEO_FORMAT_Y42B,
+                                    GST_VIDEO_FORMAT_YUY2, GST_VIDEO_FORMAT_UYVY, GST_VIDEO_FORMAT_GRAY8};
+
+TEST(PixmillConvert, EveryPairAndTurnEqualsTheLibrary)
+{
+    for (const Size s : kSizes)
+        for (GstVideoFormat in : kPlanarIn) {
+            for (int matrix : {601, 709})
+                for (int degrees : {0, 90, 180, 270})
+                    expectConverts(in, GST_VIDEO_FORMAT_RGB16, s.w, s.h, matrix, degrees);
+            if (in != GST_VIDEO_FORMAT_Y42B)
+                expectConverts(in, GST_VIDEO_FORMAT_RGB, s.w, s.h, 601, 0);
+            expectConverts(in, GST_VIDEO_FORMAT_BGR, s.w, s.h, 601, 0);
+            if (in != GST_VIDEO_FORMAT_I420)
+                expectConverts(in, GST_VIDEO_FORMAT_I420, s.w, s.h, 601, 0);
+        }
+    for (const Size s : kSizes)
+        for (GstVideoFormat in : {GST_VIDEO_FORMAT_RGB16, GST_VIDEO_FORMAT_BGR})
+            expectConverts(in, GST_VIDEO_FORMAT_I420, s.w, s.h, 601, 0);
+}
+
+TEST(PixmillConvert, OddSizesWhereTheOperationTakesThem)
+{
+    for (GstVideoFormat in : {GST_VIDEO_FORMAT_I420, GST_VIDEO_FORMAT_YV12, GST_VIDEO_FORMAT_GRAY8}) {
+        expectConverts(in, GST_VIDEO_FORMAT_RGB16, 17, 9, 601, 0);
+        expectConverts(in, GST_VIDEO_FORMAT_RGB, 17, 9, 601, 0);
+    }
+    expectConverts(GST_VIDEO_FORMAT_Y42B, GST_VIDEO_FORMAT_BGR, 17, 9, 601, 0);
+}
+
+// A matrix or a half turn set while playing keeps the caps and still applies
+// from the next frame.
+TEST(PixmillConvert, PropertyChangesWhilePlaying)
+{
+    const GstVideoInfo in = infoOf(GST_VIDEO_FORMAT_I420, 18, 10), out = infoOf(GST_VIDEO_FORMAT_RGB16, 18, 10);
+    GstHarness *h = gst_harness_new("pixmillconvert");
+    gst_harness_set_caps(h, gst_video_info_to_caps(&in), gst_caps_from_string("video/x-raw,format=RGB16"));
+    std::mt19937 rng(13);
+    const struct {
+        const char *property, *value;
+        int matrix;
+        Rotation rotation;
+    } steps[] = {{"matrix", "bt601", 601, ROTATE_NONE},
+                 {"matrix", "bt709", 709, ROTATE_NONE},
+                 {"rotation", "180", 709, ROTATE_180},
+                 {"matrix", "bt601", 601, ROTATE_180}};
+    for (const auto &step : steps) {
+        gst_util_set_object_arg(G_OBJECT(h->element), step.property, step.value);
+        GstBuffer *buffer = randomBuffer(in, rng);
+        const Bytes src = tightOf(buffer, in);
+        GstBuffer *result = gst_harness_push_and_pull(h, buffer);
+        ASSERT_NE(result, nullptr);
+        EXPECT_TRUE(tightOf(result, out) == expectedConvert(GST_VIDEO_FORMAT_I420, GST_VIDEO_FORMAT_RGB16, 18, 10,
+                                                            step.matrix, step.rotation, src))
+            << step.property << "=" << step.value;
+        gst_buffer_unref(result);
+    }
+    gst_harness_teardown(h);
+}
+
+TEST(PixmillConvert, SameFormatPassesTheBufferThrough)
+{
+    GstHarness *h = gst_harness_new("pixmillconvert");
+    gst_harness_set_src_caps_str(h, "video/x-raw,format=I420,width=18,height=10,framerate=30/1");
+    GstBuffer *in = gst_harness_create_buffer(h, 18 * 10 * 2);
+    GstBuffer *out = gst_harness_push_and_pull(h, gst_buffer_ref(in));
+    EXPECT_EQ(in, out);
+    gst_buffer_unref(in);
+    gst_buffer_unref(out);
+    gst_harness_teardown(h);
+}
+
+// Caps the element must refuse: pairs without an operation, and sizes the
+// operation cannot take (with a bus error that says why).
+TEST(PixmillConvert, RefusesWhatTheLibraryCannotDo)
+{
+    std::mt19937 rng(7);
+    struct Case {
+        GstVideoFormat in, out;
+        int w, h;
+        const char *props, *why;
+    } cases[] = {
+        {GST_VIDEO_FORMAT_Y42B, GST_VIDEO_FORMAT_RGB, 18, 10, "", nullptr},
+        {GST_VIDEO_FORMAT_RGB16, GST_VIDEO_FORMAT_BGR, 18, 10, "", nullptr},
+        {GST_VIDEO_FORMAT_I420, GST_VIDEO_FORMAT_I420, 18, 10, "rotation=180", nullptr},
+        {GST_VIDEO_FORMAT_I420, GST_VIDEO_FORMAT_BGR, 17, 10, "", "gYUV420toBGR24 cannot take a 17x10"},
+        {GST_VIDEO_FORMAT_I420, GST_VIDEO_FORMAT_RGB16, 18, 9, "matrix=709", "gYUV420toRGB16Rotate cannot take"},
+        {GST_VIDEO_FORMAT_YUY2, GST_VIDEO_FORMAT_I420, 18, 9, "", "needs even sizes"},
+        {GST_VIDEO_FORMAT_Y42B, GST_VIDEO_FORMAT_I420, 2, 2, "", "at least 4"},
+        {GST_VIDEO_FORMAT_RGB16, GST_VIDEO_FORMAT_I420, 17, 10, "", "gEmRGB565toYUV420"},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(std::string(name(c.in)) + " -> " + name(c.out) + " " + c.props);
+        const GstVideoInfo in = infoOf(c.in, c.w, c.h), out = infoOf(c.out, c.w, c.h);
+        const Outcome run = runElement("pixmillconvert", c.props, in, out, randomBuffer(in, rng));
+        EXPECT_FALSE(run.ran);
+        if (c.why) {
+            EXPECT_NE(run.error.find(c.why), std::string::npos) << run.error;
+        }
+    }
+}
+
+// ---- pixmillscale ------------------------------------------------------------
+
+TEST(PixmillScale, KernelsAndBilinearEqualTheLibrary)
+{
+    enum Op { Bilinear, Down2, Up2, Up4, Down4to3 };
+    struct Case {
+        GstVideoFormat f;
+        int iw, ih, ow, oh;
+        bool fixed;
+        Op op;
+    } cases[] = {
+        {GST_VIDEO_FORMAT_I420, 72, 40, 36, 20, true, Down2},   {GST_VIDEO_FORMAT_I420, 18, 10, 36, 20, true, Up2},
+        {GST_VIDEO_FORMAT_I420, 18, 10, 72, 40, true, Up4},     {GST_VIDEO_FORMAT_I420, 72, 40, 54, 30, true, Down4to3},
+        {GST_VIDEO_FORMAT_I420, 72, 40, 36, 20, false, Bilinear}, {GST_VIDEO_FORMAT_I420, 62, 10, 34, 6, true, Bilinear},
+        {GST_VIDEO_FORMAT_I420, 18, 10, 34, 20, true, Bilinear}, {GST_VIDEO_FORMAT_GRAY8, 72, 40, 36, 20, true, Down2},
+        {GST_VIDEO_FORMAT_GRAY8, 17, 9, 30, 13, true, Bilinear}, {GST_VIDEO_FORMAT_Y42B, 34, 10, 18, 7, true, Bilinear},
+        {GST_VIDEO_FORMAT_Y42B, 18, 5, 62, 11, true, Bilinear},  {GST_VIDEO_FORMAT_RGB16, 17, 9, 30, 14, true, Bilinear},
+        {GST_VIDEO_FORMAT_RGB16, 62, 10, 31, 5, true, Bilinear},
+    };
+    std::mt19937 rng(11);
+    for (const Case &c : cases) {
+        SCOPED_TRACE(std::string(name(c.f)) + " " + std::to_string(c.iw) + "x" + std::to_string(c.ih) + " -> " +
+                     std::to_string(c.ow) + "x" + std::to_string(c.oh));
+        const GstVideoInfo in = infoOf(c.f, c.iw, c.ih), out = infoOf(c.f, c.ow, c.oh);
+        GstBuffer *buffer = randomBuffer(in, rng);
+        Bytes src = tightOf(buffer, in);
+        const Outcome run = runElement("pixmillscale", c.fixed ? "" : "fixed-kernels=false", in, out, buffer);
+        ASSERT_TRUE(run.ran) << run.error;
+        Bytes expected(run.output.size());
+        if (c.f == GST_VIDEO_FORMAT_RGB16) {
+            gScaleRGB565Frame(words(src), words(expected), c.iw, c.ih, c.ow, c.oh);
+        } else {
+            const bool is422 = c.f == GST_VIDEO_FORMAT_Y42B, grey = c.f == GST_VIDEO_FORMAT_GRAY8;
+            Frame s = frameOver(src, c.iw, c.ih, is422), t = frameOver(expected, c.ow, c.oh, is422);
+            if (grey)
+                s.u = s.v = t.u = t.v = nullptr;
+            const auto w = static_cast<uint32_t>(c.iw), h = static_cast<uint32_t>(c.ih);
+            switch (c.op) {
+            case Down2:
+                gScaleCroppedFrame_downby2(&s, &t, 0, 0, w, h);
+                break;
+            case Up2:
+                gScaleCroppedFrame_upby2(&s, &t, 0, 0, w, h);
+                break;
+            case Up4:
+                gScaleCroppedFrame_upby4(&s, &t, 0, 0, w, h);
+                break;
+            case Down4to3:
+                gScaleCroppedFrame_downto3by3(&s, &t, 0, 0, w, h);
+                break;
+            case Bilinear:
+                if (is422)
+                    gScaleCroppedFrameYUV422(&s, &t, 0, 0, static_cast<uint16_t>(w), static_cast<uint16_t>(h));
+                else
+                    gScaleFrame(&s, &t);
+                break;
+            }
+        }
+        EXPECT_TRUE(run.output == expected);
+    }
+}
+
+TEST(PixmillScale, RefusesSizesTheScalerCannotTake)
+{
+    std::mt19937 rng(3);
+    const GstVideoInfo in = infoOf(GST_VIDEO_FORMAT_I420, 18, 10), out = infoOf(GST_VIDEO_FORMAT_I420, 17, 9);
+    const Outcome odd = runElement("pixmillscale", "", in, out, randomBuffer(in, rng));
+    EXPECT_FALSE(odd.ran);
+    EXPECT_NE(odd.error.find("I420 scaling needs even sizes"), std::string::npos) << odd.error;
+    const GstVideoInfo tall = infoOf(GST_VIDEO_FORMAT_RGB16, 4, 9000), small = infoOf(GST_VIDEO_FORMAT_RGB16, 4, 4);
+    const Outcome far = runElement("pixmillscale", "", tall, small, randomBuffer(tall, rng));
+    EXPECT_FALSE(far.ran);
+    EXPECT_NE(far.error.find("at most 8191"), std::string::npos) << far.error;
+}
+
+// ---- pixmillflip -------------------------------------------------------------
+
+// Every sample of a w x h plane (of `size` bytes each) stands where the
+// method puts it, with videoflip's meaning of the names.
+int misplaced(const uint8_t *in, const uint8_t *out, int w, int h, int size, const std::string &method)
+{
+    int wrong = 0;
+    const int ow = method == "clockwise" || method == "counterclockwise" ? h : w;
+    for (int r = 0; r < h; ++r)
+        for (int c = 0; c < w; ++c) {
+            int tc = c, tr = r;
+            if (method == "clockwise")
+                tc = h - 1 - r, tr = c;
+            else if (method == "counterclockwise")
+                tc = r, tr = w - 1 - c;
+            else if (method == "rotate-180")
+                tc = w - 1 - c, tr = h - 1 - r;
+            else if (method == "horizontal-flip")
+                tc = w - 1 - c;
+            else
+                tr = h - 1 - r;
+            wrong += std::memcmp(out + (tr * ow + tc) * size, in + (r * w + c) * size, static_cast<size_t>(size)) != 0;
+        }
+    return wrong;
+}
+
+TEST(PixmillFlip, EveryMethodPutsEverySampleInItsPlace)
+{
+    const char *methods[] = {"clockwise", "rotate-180", "counterclockwise", "horizontal-flip", "vertical-flip"};
+    const GstVideoFormat formats[] = {GST_VIDEO_FORMAT_I420, GST_VIDEO_FORMAT_Y42B, GST_VIDEO_FORMAT_GRAY8,
+                                      GST_VIDEO_FORMAT_RGB16};
+    std::mt19937 rng(5);
+    std::vector<Size> sizes(std::begin(kSizes), std::end(kSizes));
+    sizes.push_back({17, 9}); // odd: RGB16 throughout, GRAY8 mirrors
+    for (const Size s : sizes)
+        for (GstVideoFormat f : formats)
+            for (const std::string method : methods) {
+                const bool quarter = method == "clockwise" || method == "counterclockwise";
+                const bool odd = s.w % 2 != 0;
+                if (odd && !(f == GST_VIDEO_FORMAT_RGB16 || (f == GST_VIDEO_FORMAT_GRAY8 && !quarter)))
+                    continue;
+                SCOPED_TRACE(std::string(name(f)) + " " + method + " " + std::to_string(s.w) + "x" +
+                             std::to_string(s.h));
+                const GstVideoInfo in = infoOf(f, s.w, s.h), out = infoOf(f, quarter ? s.h : s.w, quarter ? s.w : s.h);
+                GstBuffer *buffer = randomBuffer(in, rng);
+                Bytes src = tightOf(buffer, in);
+                const Outcome run = runElement("pixmillflip", ("method=" + method).c_str(), in, out, buffer);
+                ASSERT_TRUE(run.ran) << run.error;
+                Bytes got = run.output;
+                const int size = f == GST_VIDEO_FORMAT_RGB16 ? 2 : 1;
+                EXPECT_EQ(misplaced(src.data(), got.data(), s.w, s.h, size, method), 0);
+                if (f == GST_VIDEO_FORMAT_I420) {
+                    const size_t y = static_cast<size_t>(s.w * s.h), c = y / 4;
+                    for (size_t plane : {y, y + c})
+                        EXPECT_EQ(misplaced(&src[plane], &got[plane], s.w / 2, s.h / 2, 1, method), 0);
+                } else if (f == GST_VIDEO_FORMAT_Y42B) {
+                    // 4:2:2 chroma follows the library's own rules (a quarter
+                    // turn keeps every second chroma row, twice).
+                    Bytes expected(got.size());
+                    Frame sf = frameOver(src, s.w, s.h, true), tf = frameOver(expected, quarter ? s.h : s.w,
+                                                                               quarter ? s.w : s.h, true);
+                    if (quarter)
+                        gRotate422Frame(&sf, &tf, method == "clockwise" ? ROTATE_90 : ROTATE_270);
+                    else
+                        gMirrorImageYUV(&sf, &tf, 1,
+                                        method == "rotate-180"        ? MIRROR_BOTH
+                                        : method == "vertical-flip" ? MIRROR_VERTICAL
+                                                                      : MIRROR_HORIZONTAL,
+                                        1);
+                    EXPECT_TRUE(got == expected);
+                }
+            }
+}
+
+// A method set while playing that keeps the size takes effect on the next
+// frame, without new caps (passthrough going on and off included).
+TEST(PixmillFlip, MethodChangesWhilePlaying)
+{
+    GstHarness *h = gst_harness_new("pixmillflip");
+    gst_harness_set_caps_str(h, "video/x-raw,format=RGB16,width=4,height=2", "video/x-raw,format=RGB16,width=4,height=2");
+    const struct {
+        const char *method;
+        std::vector<uint16_t> expected;
+    } steps[] = {{"none", {0, 1, 2, 3, 4, 5, 6, 7}},          {"horizontal-flip", {3, 2, 1, 0, 7, 6, 5, 4}},
+                 {"vertical-flip", {4, 5, 6, 7, 0, 1, 2, 3}}, {"none", {0, 1, 2, 3, 4, 5, 6, 7}},
+                 {"rotate-180", {7, 6, 5, 4, 3, 2, 1, 0}}};
+    for (const auto &step : steps) {
+        gst_util_set_object_arg(G_OBJECT(h->element), "method", step.method);
+        const uint16_t image[8] = {0, 1, 2, 3, 4, 5, 6, 7};
+        GstBuffer *out = gst_harness_push_and_pull(h, gst_buffer_new_memdup(image, sizeof image));
+        ASSERT_NE(out, nullptr);
+        std::vector<uint16_t> got(8);
+        gst_buffer_extract(out, 0, got.data(), 16);
+        EXPECT_EQ(got, step.expected) << step.method;
+        gst_buffer_unref(out);
+    }
+    gst_harness_teardown(h);
+}
+
+TEST(PixmillFlip, RefusesOddQuarterTurnsOfPlanarFrames)
+{
+    std::mt19937 rng(9);
+    const GstVideoInfo in = infoOf(GST_VIDEO_FORMAT_I420, 17, 10), out = infoOf(GST_VIDEO_FORMAT_I420, 10, 17);
+    const Outcome run = runElement("pixmillflip", "method=clockwise", in, out, randomBuffer(in, rng));
+    EXPECT_FALSE(run.ran);
+    EXPECT_NE(run.error.find("needs an even width and height, not 17x10"), std::string::npos) << run.error;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    gst_init(&argc, &argv);
+    gst_plugin_register_static(GST_VERSION_MAJOR, GST_VERSION_MINOR, "pixmill", "pixmill elements",
+                               pixmill::gst::registerElements, "0", "unknown", "pixmill", "pixmill", "pixmill");
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
