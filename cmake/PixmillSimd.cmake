@@ -49,5 +49,11 @@ else()
   file(CREATE_LINK ${PIXMILL_HWY_INCLUDE_DIR}/hwy ${shim}/hwy SYMBOLIC)
   target_include_directories(pixmill_simd SYSTEM INTERFACE $<BUILD_INTERFACE:${shim}>)
   target_compile_definitions(pixmill_simd INTERFACE PIXMILL_SIMD=1 HWY_COMPILE_ONLY_STATIC=1)
+  # The static target is the one the tests can run besides the plain code:
+  # NEON on 64-bit ARM (baseline there). 32-bit ARM and x86 without extra
+  # compiler flags get Highway's emulation, which the plain code replaces.
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
+    set(PIXMILL_SIMD_TARGETS NEON)
+  endif()
   message(STATUS "pixmill: vector fast paths with Highway's headers, static target only")
 endif()

@@ -3,7 +3,8 @@
 # for 32-bit ARM, 64-bit ARM and 64-bit Windows (a DLL), then checks that each
 # result exports exactly the names of include/pixmill.h, that the two names of
 # the 4:2:2 to 24-bit operation share one address, and that the code sections
-# COLORCON, YUV420to, YUV420TO and the table section CONSTANT exist.
+# COLORCON, YUV420to, YUV420TO and the table section CONSTANT exist, and
+# that the DLL imports only KERNEL32 and the C runtime.
 # Installs the cross compilers when they are missing (as root). Not part of CI.
 #
 # Usage: scripts/cross-build.sh [arm] [aarch64] [windows]   (default: all three)
@@ -22,12 +23,14 @@ fi
 header=include/pixmill.h
 expected=$(grep -E '^PIXMILL_API ' "$header" | sed -E 's/^[^(]*[^A-Za-z0-9_]([A-Za-z_][A-Za-z0-9_]*)\(.*/\1/' | sort)
 library_only=(-DCMAKE_BUILD_TYPE=Release -DPIXMILL_BUILD_TESTS=OFF -DPIXMILL_BUILD_TOOLS=OFF
-              -DPIXMILL_BUILD_EXAMPLES=OFF -DPIXMILL_BUILD_BENCH=OFF -DPIXMILL_BUILD_FUZZ=OFF)
+              -DPIXMILL_BUILD_EXAMPLES=OFF -DPIXMILL_BUILD_BENCH=OFF -DPIXMILL_BUILD_FUZZ=OFF
+              -DPIXMILL_BUILD_GSTREAMER=OFF)
 failures=0
 
 build() { # build directory, extra configure arguments...
   local dir=$1
   shift
+  mkdir -p "$dir" # its log lies beside it, in build/
   cmake -S . -B "$dir" "${library_only[@]}" "$@" >"$dir.log" 2>&1 &&
     cmake --build "$dir" --target pixmill -j2 >>"$dir.log" 2>&1 ||
     { echo "  build failed, see $dir.log"; tail -20 "$dir.log"; return 1; }
@@ -79,10 +82,15 @@ check_elf() { # triplet, name
 # PE: the export table of the DLL (objdump -p), each address placed in its
 # section by the section headers (objdump -h).
 check_dll() {
-  local dir=build/cross-windows objdump=x86_64-w64-mingw32-objdump dll exports
+  local dir=build/cross-windows objdump=x86_64-w64-mingw32-objdump dll exports imports
   build "$dir" -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64-x86_64.cmake || return 1
   dll=$dir/libpixmill.dll
-  echo "  $($objdump -f "$dll" | sed -n 's/.*file format //p'), $(basename "$dll"), imports: $($objdump -p "$dll" | sed -n 's/.*DLL Name: //p' | tr '\n' ' ')"
+  imports=$($objdump -p "$dll" | sed -n 's/.*DLL Name: //p' | tr '\n' ' ')
+  echo "  $($objdump -f "$dll" | sed -n 's/.*file format //p'), $(basename "$dll"), imports: $imports"
+  if grep -qviE '^(kernel32\.dll|msvcrt\.dll|api-ms-win-crt-.*\.dll|)$' < <(tr ' ' '\n' <<<"$imports"); then
+    echo "  imports beyond KERNEL32 and the C runtime"
+    return 1
+  fi
   exports=$(awk '
     function hex(s,   v, i) { v = 0; s = tolower(s); for (i = 1; i <= length(s); ++i) v = v * 16 + index("0123456789abcdef", substr(s, i, 1)) - 1; return v }
     FNR == 1 { file++ }

@@ -7,14 +7,21 @@
 namespace pixmill::tools {
 namespace {
 
-// A decimal integer from min to max, or a usage error naming the option.
-int64_t number(const std::string &text, int64_t min, int64_t max, const std::string &option)
+// A decimal integer from min to max; false when malformed or out of range.
+bool parseNumber(const std::string &text, int64_t min, int64_t max, int64_t &value)
 {
     const bool digits = !text.empty() && text.size() <= 10 &&
                         text.find_first_not_of("0123456789", text[0] == '-' ? 1 : 0) == std::string::npos &&
                         text != "-";
-    const int64_t v = digits ? std::strtoll(text.c_str(), nullptr, 10) : min - 1;
-    if (v < min || v > max)
+    value = digits ? std::strtoll(text.c_str(), nullptr, 10) : min - 1;
+    return value >= min && value <= max;
+}
+
+// A decimal integer from min to max, or a usage error naming the option.
+int64_t number(const std::string &text, int64_t min, int64_t max, const std::string &option)
+{
+    int64_t v = 0;
+    if (!parseNumber(text, min, max, v))
         usageError(option + " '" + text + "': expected a number from " + std::to_string(min) + " to " +
                    std::to_string(max));
     return v;
@@ -24,10 +31,12 @@ int64_t number(const std::string &text, int64_t min, int64_t max, const std::str
 Size parseSize(const std::string &text, const std::string &option)
 {
     const size_t x = text.find('x');
-    if (x == std::string::npos)
-        usageError(option + " '" + text + "': expected WxH, e.g. 320x240");
-    return {static_cast<int32_t>(number(text.substr(0, x), 1, kMaxSide, option)),
-            static_cast<int32_t>(number(text.substr(x + 1), 1, kMaxSide, option)), true};
+    int64_t w = 0, h = 0;
+    if (x == std::string::npos || !parseNumber(text.substr(0, x), 1, kMaxSide, w) ||
+        !parseNumber(text.substr(x + 1), 1, kMaxSide, h))
+        usageError(option + " '" + text + "': expected WxH with sides from 1 to " + std::to_string(kMaxSide) +
+                   ", e.g. 320x240");
+    return {static_cast<int32_t>(w), static_cast<int32_t>(h), true};
 }
 
 // WxH+X+Y (ImageMagick geometry); +X+Y may be left out.

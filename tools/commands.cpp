@@ -105,7 +105,7 @@ int runTransform(const Options &opt)
 {
     if (opt.input.empty() || opt.output.empty())
         usageError(opt.command + " needs INPUT and OUTPUT (\"-\" for standard input or output)");
-    Reader in(opt.input, opt.format, opt.inSize);
+    Reader in(opt.input, opt.format, opt.inSize, opt.command == "scale" ? "--in-size" : "--size");
     if (opt.format != Fmt::None && in.container() != Container::Raw && opt.format != in.fmt())
         dataError(in.name() + ": holds " + formatInfo(in.fmt()).name + ", not the --format " +
                   formatInfo(opt.format).name);
@@ -156,7 +156,7 @@ int runInfo(const Options &opt)
 {
     if (opt.input.empty())
         usageError("info needs INPUT");
-    Reader in(opt.input, opt.format, opt.inSize);
+    Reader in(opt.input, opt.format, opt.inSize, "--size");
     long frames = in.framesKnown();
     if (frames < 0) {
         Picture pic;

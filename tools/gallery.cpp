@@ -1,8 +1,7 @@
 // `pixmill demo` and `pixmill gallery`: every operation applied to the
 // built-in test frame, written as PNGs with an index.html beside them.
-#include <sys/stat.h>
-
 #include <cstdio>
+#include <filesystem>
 #include <sstream>
 
 #include "args.h"
@@ -116,11 +115,13 @@ std::string html(const std::string &text)
     return out;
 }
 
+// Makes the output directory and its missing parents.
 void makeDir(const std::string &dir)
 {
-    struct stat st {};
-    if (stat(dir.c_str(), &st) == 0 ? !S_ISDIR(st.st_mode) : mkdir(dir.c_str(), 0777) != 0)
-        dataError(dir + ": cannot use it as the output directory");
+    std::error_code error;
+    std::filesystem::create_directories(dir, error);
+    if (error || !std::filesystem::is_directory(dir, error))
+        dataError(dir + ": cannot make it the output directory" + (error ? ": " + error.message() : ": not a directory"));
 }
 
 } // namespace
@@ -169,6 +170,7 @@ int runDemo(const std::string &dir)
     Picture rgb;
     rgb.alloc(Fmt::Rgb24, w, h);
     gEmYUV420toRGB888TopDown(&f.frame, rgb.data.data(), w, h, 1);
+    makeDir(dir);
     const std::string path = dir + "/pixmill-demo.png";
     writePngFile(path, rgb);
     std::printf("pixmill demo: built-in %dx%d 4:2:0 test frame -> gEmYUV420toRGB888TopDown (BT.601)\n", w, h);

@@ -26,20 +26,32 @@ void writeCallback(png_structp png, png_bytep bytes, png_size_t count)
 
 void flushCallback(png_structp) {}
 
+// libpng's last warning goes with its error: "Invalid IHDR data" follows
+// the warning that says which field is wrong.
+struct Messages {
+    std::string error, warning;
+};
+
 [[noreturn]] void pngError(png_structp png, png_const_charp message)
 {
-    *static_cast<std::string *>(png_get_error_ptr(png)) = message;
+    auto *m = static_cast<Messages *>(png_get_error_ptr(png));
+    m->error = message;
+    if (!m->warning.empty())
+        m->error += " (" + m->warning + ")";
     png_longjmp(png, 1);
 }
 
-void pngWarning(png_structp, png_const_charp) {}
+void pngWarning(png_structp png, png_const_charp message)
+{
+    static_cast<Messages *>(png_get_error_ptr(png))->warning = message;
+}
 
 } // namespace
 
 Picture readPng(const ByteSource &source, const std::string &name)
 {
-    std::string error;
-    png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &error, pngError, pngWarning);
+    Messages messages;
+    png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &messages, pngError, pngWarning);
     png_infop info = png ? png_create_info_struct(png) : nullptr;
     if (!png || !info) {
         png_destroy_read_struct(&png, &info, nullptr);
@@ -50,7 +62,7 @@ Picture readPng(const ByteSource &source, const std::string &name)
     std::vector<png_bytep> rows;
     if (setjmp(png_jmpbuf(png))) {
         png_destroy_read_struct(&png, &info, nullptr);
-        dataError(name + ": damaged PNG: " + error);
+        dataError(name + ": damaged PNG: " + messages.error);
     }
     png_set_read_fn(png, &state, readCallback);
     png_set_sig_bytes(png, 8);
@@ -58,9 +70,22 @@ Picture readPng(const ByteSource &source, const std::string &name)
     // anything is allocated for the pixels.
     png_set_user_limits(png, kMaxSide, kMaxSide);
     png_read_info(png, info);
+    // Grey and palette images widen to R, G, B without loss; 16-bit samples
+    // and transparency would be lost, so they are refused.
+    const int depth = png_get_bit_depth(png, info), type = png_get_color_type(png, info);
+    const char *lost = nullptr; // nothing with a destructor lives across png_longjmp
+    if (depth == 16)
+        lost = "16-bit samples";
+    else if (type & PNG_COLOR_MASK_ALPHA)
+        lost = "an alpha channel";
+    else if (png_get_valid(png, info, PNG_INFO_tRNS))
+        lost = "transparency (a tRNS chunk)";
+    if (lost) {
+        png_destroy_read_struct(&png, &info, nullptr);
+        dataError(name + ": PNG with " + std::string(lost) +
+                  "; pixmill reads 8-bit (or fewer bits) grey, palette and RGB images without transparency");
+    }
     png_set_expand(png);
-    png_set_strip_16(png);
-    png_set_strip_alpha(png);
     png_set_gray_to_rgb(png);
     png_set_interlace_handling(png);
     png_read_update_info(png, info);
@@ -83,8 +108,8 @@ Picture readPng(const ByteSource &source, const std::string &name)
 std::vector<uint8_t> encodePng(const uint8_t *pixels, int32_t w, int32_t h, int channels, const std::string &name)
 {
     std::vector<uint8_t> out;
-    std::string error;
-    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &error, pngError, pngWarning);
+    Messages messages;
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &messages, pngError, pngWarning);
     png_infop info = png ? png_create_info_struct(png) : nullptr;
     if (!png || !info) {
         png_destroy_write_struct(&png, &info);
@@ -92,7 +117,7 @@ std::vector<uint8_t> encodePng(const uint8_t *pixels, int32_t w, int32_t h, int 
     }
     if (setjmp(png_jmpbuf(png))) {
         png_destroy_write_struct(&png, &info);
-        dataError(name + ": cannot write PNG: " + error);
+        dataError(name + ": cannot write PNG: " + messages.error);
     }
     png_set_write_fn(png, &out, writeCallback, flushCallback);
     png_set_IHDR(png, info, static_cast<png_uint_32>(w), static_cast<png_uint_32>(h), 8,

@@ -17,8 +17,9 @@ namespace pixmill::tools {
 using ByteSource = std::function<size_t(void *bytes, size_t count)>;
 
 // Decodes a PNG whose 8-byte signature has been read already into rgb24
-// (palette, grey, 16-bit and alpha are reduced to 8-bit R, G, B). Throws a
-// data error naming `name` for a damaged or oversized file.
+// (grey and palette images of up to 8 bits are widened to R, G, B). Throws a
+// data error naming `name` for a damaged or oversized file, 16-bit samples,
+// an alpha channel or transparency.
 Picture readPng(const ByteSource &source, const std::string &name);
 
 // Encodes w x h pixels of `channels` bytes each (1 grey, 3 R,G,B) as PNG.

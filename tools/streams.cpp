@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <sstream>
@@ -42,6 +43,46 @@ int32_t parseSide(const std::string &digits)
 
 std::string sizeText(int32_t w, int32_t h) { return std::to_string(w) + "x" + std::to_string(h); }
 
+bool hasExtension(const std::string &path, const char *ext)
+{
+    const size_t n = std::strlen(ext);
+    return path.size() > n && path.compare(path.size() - n, n, ext) == 0;
+}
+
+// The pixel format of a Y4M colour tag (without its C), or a data error
+// naming the tag, its chroma layout and its sample depth. Only 8-bit 4:2:0,
+// 4:2:2 and luma alone can be read; the 4:2:0 tags differ in chroma siting
+// only, which the library does not model.
+Fmt y4mColour(const std::string &name, const std::string &tag)
+{
+    if (tag == "420jpeg" || tag == "420paldv" || tag == "420mpeg2" || tag == "420")
+        return Fmt::Yuv420p;
+    if (tag == "422")
+        return Fmt::Yuv422p;
+    if (tag == "mono")
+        return Fmt::Gray;
+    // What makes it unreadable: "C444p10" has 4:4:4 chroma and 10-bit samples.
+    const bool mono = tag.compare(0, 4, "mono") == 0;
+    const size_t digitsEnd = std::min(tag.find_first_not_of("0123456789", mono ? 4 : 0), tag.size());
+    const std::string layout = mono ? "" : tag.substr(0, digitsEnd), rest = tag.substr(digitsEnd);
+    const auto allDigits = [](const std::string &t) {
+        return !t.empty() && t.find_first_not_of("0123456789") == std::string::npos;
+    };
+    std::string what;
+    if (layout.size() == 3 && layout != "420" && layout != "422")
+        what = "4:" + layout.substr(1, 1) + ":" + layout.substr(2, 1) + " chroma";
+    const std::string depth = mono                                ? tag.substr(4, digitsEnd - 4)
+                              : rest.size() > 1 && rest[0] == 'p' ? rest.substr(1)
+                                                                  : "";
+    if (allDigits(depth))
+        what += (what.empty() ? "" : " and ") + depth + "-bit samples";
+    else if (rest == "alpha")
+        what += " and an alpha plane";
+    what = what.empty() ? "is not a colour space pixmill knows" : "has " + what;
+    dataError(name + ": Y4M colour space C" + tag + " " + what +
+              "; pixmill reads 8-bit C420jpeg, C420paldv, C420mpeg2, C420, C422 and Cmono");
+}
+
 void checkShape(const std::string &name, Fmt fmt, int32_t w, int32_t h)
 {
     const FormatInfo &f = formatInfo(fmt);
@@ -61,7 +102,7 @@ const char *containerName(Container c)
     return c == Container::Y4m ? "y4m" : c == Container::Png ? "png" : "raw";
 }
 
-Reader::Reader(const std::string &path, Fmt rawFormat, Size rawSize)
+Reader::Reader(const std::string &path, Fmt rawFormat, Size rawSize, const char *sizeOption)
     : name_(path == "-" ? "standard input" : path)
 {
     if (path == "-") {
@@ -76,7 +117,19 @@ Reader::Reader(const std::string &path, Fmt rawFormat, Size rawSize)
         ownFile_ = true;
     }
     peekLen_ = std::fread(peek_, 1, sizeof peek_, file_);
-    if (peekLen_ == sizeof peek_ && std::memcmp(peek_, kPngSignature, 8) == 0) {
+    const bool png = peekLen_ == sizeof peek_ && std::memcmp(peek_, kPngSignature, 8) == 0;
+    const bool y4m = peekLen_ == sizeof peek_ && std::memcmp(peek_, "YUV4MPEG", 8) == 0;
+    // The content decides the container; an extension that promises one the
+    // content is not is refused, with what the content is.
+    if (peekLen_ == 0)
+        dataError(name_ + (ownFile_ ? ": file is empty" : ": is empty"));
+    if (hasExtension(path, ".y4m") && !y4m)
+        dataError(name_ + ": not a YUV4MPEG2 stream (" +
+                  (png ? "it is a PNG file" : "it does not start with \"YUV4MPEG2 \"") + ")");
+    if (hasExtension(path, ".png") && !png)
+        dataError(name_ + ": not a PNG file (" +
+                  (y4m ? "it is a YUV4MPEG2 stream" : "no PNG signature in its first 8 bytes") + ")");
+    if (png) {
         container_ = Container::Png;
         peekPos_ = peekLen_;
         png_ = std::make_unique<Picture>(
@@ -85,11 +138,11 @@ Reader::Reader(const std::string &path, Fmt rawFormat, Size rawSize)
         w_ = png_->w;
         h_ = png_->h;
         framesKnown_ = 1;
-    } else if (peekLen_ == sizeof peek_ && std::memcmp(peek_, "YUV4MPEG", 8) == 0) {
+    } else if (y4m) {
         container_ = Container::Y4m;
         openY4m();
     } else {
-        openRaw(rawFormat, rawSize);
+        openRaw(rawFormat, rawSize, sizeOption);
     }
 }
 
@@ -152,21 +205,19 @@ void Reader::openY4m()
     }
     if (w_ == 0 || h_ == 0)
         dataError(name_ + ": Y4M header lacks " + std::string(w_ == 0 ? "W" : "H") + " (frame size)");
-    if (colour.compare(0, 3, "420") == 0)
-        fmt_ = Fmt::Yuv420p;
-    else if (colour == "422")
-        fmt_ = Fmt::Yuv422p;
-    else if (colour == "mono")
-        fmt_ = Fmt::Gray;
-    else
-        dataError(name_ + ": Y4M colour space C" + colour + " is not supported (C420*, C422 or Cmono)");
+    fmt_ = y4mColour(name_, colour);
     checkShape(name_, fmt_, w_, h_);
 }
 
-void Reader::openRaw(Fmt rawFormat, Size rawSize)
+void Reader::openRaw(Fmt rawFormat, Size rawSize, const char *sizeOption)
 {
-    if (rawFormat == Fmt::None || !rawSize.set)
-        usageError(name_ + ": raw input needs --format FMT and --size WxH (or use a .y4m or .png file)");
+    if (rawFormat == Fmt::None || !rawSize.set) {
+        std::string missing = rawFormat == Fmt::None ? "--format FMT" : "";
+        if (!rawSize.set)
+            missing += std::string(missing.empty() ? "" : " and ") + sizeOption + " WxH";
+        usageError(name_ + ": not a YUV4MPEG2 stream or PNG file, so raw frames: give " + missing +
+                   (std::strcmp(sizeOption, "--in-size") == 0 ? " (here --size is the target size)" : ""));
+    }
     fmt_ = rawFormat;
     w_ = rawSize.w;
     h_ = rawSize.h;
@@ -175,8 +226,6 @@ void Reader::openRaw(Fmt rawFormat, Size rawSize)
     struct stat st {};
     if (ownFile_ && fstat(fileno(file_), &st) == 0 && S_ISREG(st.st_mode)) {
         const auto length = static_cast<size_t>(st.st_size);
-        if (length == 0)
-            dataError(name_ + ": file is empty");
         if (length % bytes != 0)
             dataError(name_ + ": length " + std::to_string(length) + " is not a whole number of " +
                       sizeText(w_, h_) + " " + formatInfo(fmt_).name + " frames (" + std::to_string(bytes) +
@@ -203,11 +252,8 @@ bool Reader::next(Picture &pic)
     }
     pic.alloc(fmt_, w_, h_);
     const size_t got = read(pic.data.data(), pic.data.size());
-    if (got == 0 && container_ == Container::Raw) {
-        if (frames_ == 0)
-            dataError(name_ + ": input is empty");
+    if (got == 0 && container_ == Container::Raw)
         return false;
-    }
     if (got != pic.data.size())
         dataError(name_ + ": frame " + std::to_string(frames_ + 1) + " is cut short: " + std::to_string(got) +
                   " of " + std::to_string(pic.data.size()) + " bytes");
@@ -218,10 +264,7 @@ bool Reader::next(Picture &pic)
 
 Container outputContainer(const std::string &path, const std::string &forced, Fmt fmt, Container input)
 {
-    auto endsWith = [&path](const char *ext) {
-        const size_t n = std::strlen(ext);
-        return path.size() > n && path.compare(path.size() - n, n, ext) == 0;
-    };
+    const auto endsWith = [&path](const char *ext) { return hasExtension(path, ext); };
     if (!forced.empty())
         return forced == "y4m" ? Container::Y4m : forced == "png" ? Container::Png : Container::Raw;
     if (endsWith(".y4m"))

@@ -19,8 +19,9 @@ class Reader {
 public:
     // Opens `path`, recognises Y4M and PNG by their first bytes and reads
     // the stream header. Raw input takes its format and size from the
-    // options. Every size is checked here, before anything is allocated.
-    Reader(const std::string &path, Fmt rawFormat, Size rawSize);
+    // options; `sizeOption` is the option that gives that size. Every size
+    // is checked here, before anything is allocated.
+    Reader(const std::string &path, Fmt rawFormat, Size rawSize, const char *sizeOption);
     ~Reader();
     Reader(const Reader &) = delete;
     Reader &operator=(const Reader &) = delete;
@@ -43,7 +44,7 @@ private:
     size_t read(void *bytes, size_t count);
     bool readLine(std::string &line, const char *what);
     void openY4m();
-    void openRaw(Fmt rawFormat, Size rawSize);
+    void openRaw(Fmt rawFormat, Size rawSize, const char *sizeOption);
 
     std::string name_;
     FILE *file_ = nullptr;

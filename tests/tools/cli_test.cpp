@@ -2,89 +2,16 @@
 // generated files in a scratch directory, and its output is compared with
 // direct calls of the library, with itself through other paths, and with
 // what ffmpeg reads back.
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <regex>
 #include <set>
-#include <sstream>
-#include <string>
 #include <vector>
 
+#include "cli_fixture.h"
 #include "pixmill.h"
-#include "support/random.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-using pixmill::test::Random;
-using Bytes = std::string;
-
-struct Result {
-    int code;
-    std::string out, err;
-};
-
-class Cli : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        std::string pattern = (fs::temp_directory_path() / "pixmill-cli-XXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        dir_ = pattern;
-    }
-    void TearDown() override { fs::remove_all(dir_); }
-
-    static std::string cli() { return std::string("'") + PIXMILL_CLI + "'"; }
-    std::string path(const std::string &name) const { return (dir_ / name).string(); }
-    bool exists(const std::string &name) const { return fs::exists(dir_ / name); }
-
-    // Runs a shell command line in the scratch directory.
-    Result shell(const std::string &line) const
-    {
-        const std::string cmd = "cd '" + dir_.string() + "' && ( " + line + " ) >.out 2>.err";
-        const int status = std::system(cmd.c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read(".out"), read(".err")};
-    }
-    // Runs the program with these arguments.
-    Result run(const std::string &args) const { return shell(cli() + " " + args); }
-
-    void write(const std::string &name, const Bytes &bytes) const
-    {
-        std::ofstream(path(name), std::ios::binary) << bytes;
-    }
-    Bytes read(const std::string &name) const
-    {
-        std::ifstream in(path(name), std::ios::binary);
-        std::ostringstream bytes;
-        bytes << in.rdbuf();
-        return bytes.str();
-    }
-
-    fs::path dir_;
-};
-
-Bytes randomBytes(Random &rnd, size_t n)
-{
-    Bytes b(n, '\0');
-    for (char &c : b)
-        c = static_cast<char>(rnd.byte());
-    return b;
-}
-
-// A Y4M stream of random frames; chroma rows per frame follow the tag.
-Bytes y4m(Random &rnd, int w, int h, const std::string &colour, int frames)
-{
-    const size_t luma = static_cast<size_t>(w) * static_cast<size_t>(h);
-    const size_t chroma = colour == "mono" ? 0 : colour == "422" ? luma / 2 : luma / 4;
-    Bytes s = "YUV4MPEG2 W" + std::to_string(w) + " H" + std::to_string(h) + " F30:1 Ip A1:1 C" + colour + "\n";
-    for (int i = 0; i < frames; ++i)
-        s += "FRAME\n" + randomBytes(rnd, luma + 2 * chroma);
-    return s;
-}
+using namespace pixmill::test;
 
 // Frame i (0-based) of a Y4M stream with plain FRAME headers.
 Bytes y4mFrame(const Bytes &stream, size_t frameBytes, size_t i)
@@ -247,90 +174,20 @@ TEST_F(Cli, EveryExportIsReachableAndTheGalleryShowsThem)
     ASSERT_EQ(ops.code, 0);
     for (const std::string &name : exported)
         EXPECT_NE(ops.out.find("\n" + name + " "), std::string::npos) << name;
-    const Result gallery = run("gallery g");
+    // Both make their directory, parents included.
+    const Result gallery = run("gallery out/g");
     ASSERT_EQ(gallery.code, 0) << gallery.err;
-    const Bytes index = read("g/index.html");
+    const Bytes index = read("out/g/index.html");
     for (const std::string &name : exported)
         EXPECT_NE(index.find("<code>" + name + "</code>"), std::string::npos) << name;
     size_t pngs = 0;
-    for (const auto &entry : fs::directory_iterator(dir_ / "g"))
+    for (const auto &entry : fs::directory_iterator(dir_ / "out/g"))
         pngs += entry.path().extension() == ".png";
     EXPECT_EQ(pngs, 33u);
-    ASSERT_EQ(run("demo .").code, 0);
-    EXPECT_TRUE(exists("pixmill-demo.png"));
-}
-
-// ---- Refusals: a named rule, the right exit code, no output file -----------
-
-TEST_F(Cli, BadInputIsRefusedAndLeavesNoOutput)
-{
-    Random rnd;
-    const Bytes good = y4m(rnd, 32, 24, "420jpeg", 2);
-    write("good.y4m", good);
-    write("good422.y4m", y4m(rnd, 32, 24, "422", 1));
-    write("odd.y4m", "YUV4MPEG2 W31 H24 C420jpeg\nFRAME\n" + Bytes(31 * 24 * 2, 'x'));
-    write("cut.y4m", good.substr(0, good.size() - 100));
-    write("huge.y4m", "YUV4MPEG2 W" + Bytes(100000, '9') + "\n");
-    write("big.y4m", "YUV4MPEG2 W99999 H99999 C420jpeg\nFRAME\n");
-    write("c444.y4m", "YUV4MPEG2 W16 H16 C444\n");
-    write("noframe.y4m", "YUV4MPEG2 W16 H16\nFRAMX\n");
-    write("empty.yuv", "");
-    write("short.yuv", randomBytes(rnd, 100));
-    write("img.rgb565", randomBytes(rnd, 20 * 10 * 2));
-    struct Case {
-        const char *args;
-        int code;
-        const char *message;
-    };
-    const Case cases[] = {
-        {"convert odd.y4m out.png", 1, "odd.y4m: width 31 is odd"},
-        {"rotate cut.y4m out.y4m --rotate 90", 1, "frame 2 is cut short"},
-        {"info huge.y4m", 1, "longer than 4096 bytes"},
-        {"convert big.y4m out.png", 1, "not a number from 1 to 65535"},
-        {"convert c444.y4m out.png", 1, "C444 is not supported"},
-        {"rotate noframe.y4m out.y4m --rotate 90", 1, "frame 1 does not start with FRAME"},
-        {"convert empty.yuv out.png --format yuv420p --size 16x16", 1, "empty.yuv: file is empty"},
-        {"convert short.yuv out.png --format yuv420p --size 16x16", 1, "not a whole number of 16x16"},
-        {"convert short.yuv out.png", 2, "raw input needs --format"},
-        {"scale good.y4m out.y4m --size 17x12", 1, "gScaleFrame: target width 17 is odd"},
-        {"scale good.y4m out.y4m --size 16x12 --rect 8x8+40+0", 1, "not inside the 32x24 frame"},
-        {"scale good.y4m out.y4m --ratio 2:1 --size 10x8", 1, "target width 10 is not a multiple of 4"},
-        {"scale good.y4m out.y4m --ratio 1:2 --rect 8x8+2+2", 1, "plane would be read to offset"},
-        {"scale good.y4m out.y4m --ratio 4:3 --size 18x12", 1, "source width 32 is not 4/3 of the target width 18"},
-        {"scale good.y4m out.y4m --ratio 1:4 --size 32x32 --rect 8x8+28+0", 1, "is not inside the 32x24 frame"},
-        {"scale good422.y4m out.y4m --to yuv420p --size 2x2", 1, "gYUV422toYUV420: target width 2 is below 4"},
-        {"scale img.rgb565 out.raw --in-size 20x10 --format rgb565 --size 1x5", 1, "target width 1 is below 2"},
-        {"convert img.rgb565 out.yuv --format rgb565 --size 20x10 --op gEmRGB565toYUV420 --canvas 16x16", 1,
-         "image width 20 exceeds the frame width"},
-        {"rotate img.rgb565 out.raw --format rgb565 --size 20x10 --rotate 90 --rect 4x4+25+0", 1, "not inside"},
-        {"rotate good.y4m out.raw --to rgb565 --rect 8x8+34+0 --rotate 90", 1, "rectangle x 34 lies beyond"},
-        {"rotate good.y4m out.raw --to rgb565 --rect 8x8+0+0 --canvas 20x20 --at 19,0", 1,
-         "leaves no 2x2 block"},
-        {"rotate good.y4m out.y4m --rotate 45", 2, "expected 0, 90, 180 or 270"},
-        {"rotate good.y4m out.y4m --rotate 90 --size", 2, "--size needs a value"},
-        {"convert good.y4m out.y4m --op gScaleFrame --rect 8x8", 2, "--rect does not apply to gScaleFrame"},
-        {"convert good.y4m out.y4m --op gRotateRGB16", 2, "gRotateRGB16 does not take yuv420p"},
-        {"convert good.y4m out.y4m --to rgb24", 2, "Y4M holds planar YUV only"},
-        {"convert good.y4m out.png", 1, "PNG holds one frame"},
-        {"frobnicate good.y4m out.y4m", 2, "unknown command"},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.args);
-        const Result r = run(c.args);
-        EXPECT_EQ(r.code, c.code);
-        EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
-        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
-        for (const char *name : {"out.png", "out.y4m", "out.raw", "out.yuv"}) {
-            EXPECT_FALSE(exists(name)) << name;
-            fs::remove(dir_ / name);
-        }
-        for (const auto &entry : fs::directory_iterator(dir_))
-            EXPECT_EQ(entry.path().filename().string().find(".pixmill-"), std::string::npos);
-    }
-    // An existing output survives a failed run whole.
-    write("keep.y4m", "precious");
-    EXPECT_EQ(run("rotate cut.y4m keep.y4m --rotate 90").code, 1);
-    EXPECT_EQ(read("keep.y4m"), "precious");
+    ASSERT_EQ(run("demo a/b").code, 0);
+    EXPECT_TRUE(exists("a/b/pixmill-demo.png"));
+    write("file", "");
+    EXPECT_NE(run("demo file/d").err.find("file/d: cannot make it the output directory"), std::string::npos);
 }
 
 // ---- Next to ffmpeg ---------------------------------------------------------

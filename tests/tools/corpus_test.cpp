@@ -1,0 +1,312 @@
+// The program on broken input: a corpus of files made here (truncated,
+// garbage, huge, zero and negative sizes, wrong frame markers, high bit
+// depths, PNGs of other colour types, damaged checksums) and inputs that
+// break an operation's rules. Each is refused with its rule named and a
+// non-zero exit, leaves neither an output nor a temporary file, and leaves
+// an existing output file as it was. Also: which PNGs are read, and the
+// progress line on a terminal.
+#include <fcntl.h>
+#include <png.h>
+#include <pty.h>
+#include <unistd.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <chrono>
+#include <map>
+#include <regex>
+#include <thread>
+#include <vector>
+
+#include "cli_fixture.h"
+
+namespace {
+
+using namespace pixmill::test;
+
+// A w x h PNG of libpng's colour type and bit depth from rows as PNG stores
+// them; `palette` holds R,G,B triples, `transparent` makes entry 0 so.
+Bytes png(int w, int h, int type, int depth, const Bytes &rows, const Bytes &palette = "", bool transparent = false)
+{
+    Bytes out;
+    png_structp p = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    png_infop info = png_create_info_struct(p);
+    png_set_write_fn(
+        p, &out,
+        [](png_structp s, png_bytep b, size_t n) {
+            static_cast<Bytes *>(png_get_io_ptr(s))->append(reinterpret_cast<const char *>(b), n);
+        },
+        [](png_structp) {});
+    png_set_IHDR(p, info, static_cast<png_uint_32>(w), static_cast<png_uint_32>(h), depth, type, PNG_INTERLACE_NONE,
+                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    if (!palette.empty())
+        png_set_PLTE(p, info, reinterpret_cast<png_const_colorp>(palette.data()),
+                     static_cast<int>(palette.size() / 3));
+    const png_byte clear = 0;
+    if (transparent)
+        png_set_tRNS(p, info, &clear, 1, nullptr);
+    png_write_info(p, info);
+    const size_t pitch = rows.size() / static_cast<size_t>(h);
+    for (size_t r = 0; r < static_cast<size_t>(h); ++r)
+        png_write_row(p, reinterpret_cast<png_const_bytep>(rows.data() + r * pitch));
+    png_write_end(p, nullptr);
+    png_destroy_write_struct(&p, &info);
+    return out;
+}
+
+void putBigEndian(Bytes &b, size_t at, uint32_t v)
+{
+    for (int i = 0; i < 4; ++i)
+        b[at + static_cast<size_t>(i)] = static_cast<char>(v >> (24 - 8 * i));
+}
+
+// The PNG with IHDR's width and height replaced, its checksum made right.
+Bytes withPngSize(Bytes file, uint32_t w, uint32_t h)
+{
+    putBigEndian(file, 16, w);
+    putBigEndian(file, 20, h);
+    putBigEndian(file, 29, static_cast<uint32_t>(crc32(0, reinterpret_cast<const Bytef *>(file.data() + 12), 17)));
+    return file;
+}
+
+// The file with one byte inverted.
+Bytes flipped(Bytes file, size_t at)
+{
+    file[at] = static_cast<char>(~file[at]);
+    return file;
+}
+
+TEST_F(Cli, BrokenInputIsRefusedByNameAndLeavesNoOutput)
+{
+    Random rnd;
+    const Bytes good = y4m(rnd, 32, 24, "420jpeg", 2);
+    const Bytes rgbRows = randomBytes(rnd, 4 * 2 * 3), rgbPng = png(4, 2, PNG_COLOR_TYPE_RGB, 8, rgbRows);
+    // The IDAT chunk's checksum (its data is under 256 bytes).
+    const size_t idat = rgbPng.find("IDAT") - 4, idatCrc = idat + 8 + static_cast<uint8_t>(rgbPng[idat + 3]);
+    const std::map<std::string, Bytes> corpus = {
+        {"good.y4m", good},
+        {"good422.y4m", y4m(rnd, 32, 24, "422", 1)},
+        {"img.rgb565", randomBytes(rnd, 20 * 10 * 2)},
+        {"short.yuv", randomBytes(rnd, 100)},
+        {"empty.yuv", ""},
+        {"empty.y4m", ""},
+        {"garbage.y4m", randomBytes(rnd, 500)},
+        {"y4m.png", good},
+        {"garbage.png", "\x89PNG\r\n\x1aX" + randomBytes(rnd, 200)},
+        {"odd.y4m", "YUV4MPEG2 W31 H24 C420jpeg\nFRAME\n" + Bytes(31 * 24 * 2, 'x')},
+        {"cut.y4m", good.substr(0, good.size() - 100)},
+        {"cutheader.y4m", "YUV4MPEG2 W16 H16 C420"},
+        {"longheader.y4m", "YUV4MPEG2 W" + Bytes(100000, '9') + "\n"},
+        {"big.y4m", "YUV4MPEG2 W99999 H99999 C420jpeg\nFRAME\n"},
+        {"huge.y4m", "YUV4MPEG2 W65534 H65534 C420jpeg\nFRAME\n"},
+        {"zero.y4m", "YUV4MPEG2 W0 H16\n"},
+        {"negative.y4m", "YUV4MPEG2 W16 H-16\n"},
+        {"noheight.y4m", "YUV4MPEG2 W16 C420jpeg\n"},
+        {"framx.y4m", "YUV4MPEG2 W16 H16\nFRAMX\n"},
+        {"frames.y4m", "YUV4MPEG2 W16 H16\nFRAMES\n" + Bytes(384, 'x')},
+        {"p10.y4m", "YUV4MPEG2 W16 H16 C420p10 XYSCSS=420P10\nFRAME\n" + Bytes(768, 'x')},
+        {"p12.y4m", "YUV4MPEG2 W16 H16 C420p12\n"},
+        {"422p10.y4m", "YUV4MPEG2 W16 H16 C422p10\n"},
+        {"444.y4m", "YUV4MPEG2 W16 H16 C444\n"},
+        {"444alpha.y4m", "YUV4MPEG2 W16 H16 C444alpha\n"},
+        {"mono16.y4m", "YUV4MPEG2 W16 H16 Cmono16\n"},
+        {"odd-tag.y4m", "YUV4MPEG2 W16 H16 Cxyz\n"},
+        {"rgb48.png", png(2, 2, PNG_COLOR_TYPE_RGB, 16, randomBytes(rnd, 2 * 2 * 6))},
+        {"grey16.png", png(2, 2, PNG_COLOR_TYPE_GRAY, 16, randomBytes(rnd, 2 * 2 * 2))},
+        {"rgba.png", png(2, 2, PNG_COLOR_TYPE_RGBA, 8, randomBytes(rnd, 2 * 2 * 4))},
+        {"greyalpha.png", png(2, 2, PNG_COLOR_TYPE_GRAY_ALPHA, 8, randomBytes(rnd, 2 * 2 * 2))},
+        {"trns.png", png(2, 2, PNG_COLOR_TYPE_PALETTE, 8, Bytes(4, '\0'), Bytes(3, '\x7f'), true)},
+        {"ihdr-crc.png", flipped(rgbPng, 29)},
+        {"idat-crc.png", flipped(rgbPng, idatCrc)},
+        {"cut.png", rgbPng.substr(0, rgbPng.size() - 20)},
+        {"zero.png", withPngSize(rgbPng, 0, 2)},
+        {"wide.png", withPngSize(rgbPng, 70000, 2)},
+        {"huge.png", withPngSize(rgbPng, 40000, 40000)},
+    };
+    for (const auto &[name, bytes] : corpus)
+        write(name, bytes);
+    struct Case {
+        const char *args;
+        int code;
+        const char *message;
+    };
+    const Case cases[] = {
+        // The content against the extension.
+        {"convert empty.y4m out.png", 1, "empty.y4m: file is empty"},
+        {"convert garbage.y4m out.png", 1, "garbage.y4m: not a YUV4MPEG2 stream"},
+        {"convert y4m.png out.y4m", 1, "y4m.png: not a PNG file (it is a YUV4MPEG2 stream)"},
+        {"convert garbage.png out.y4m", 1, "garbage.png: not a PNG file (no PNG signature"},
+        {"convert empty.yuv out.png --format yuv420p --size 16x16", 1, "empty.yuv: file is empty"},
+        {"convert short.yuv out.png", 2, "give --format FMT and --size WxH"},
+        {"scale short.yuv out.yuv --format yuv420p --size 8x8", 2, "give --in-size WxH (here --size is the target"},
+        // Y4M headers and frames.
+        {"convert odd.y4m out.png", 1, "odd.y4m: width 31 is odd"},
+        {"rotate cut.y4m out.y4m --rotate 90", 1, "frame 2 is cut short"},
+        {"info cutheader.y4m", 1, "Y4M header is cut short"},
+        {"info longheader.y4m", 1, "longer than 4096 bytes"},
+        {"convert big.y4m out.png", 1, "width '99999' is not a number from 1 to 65535"},
+        {"convert huge.y4m out.png", 1, "65534x65534 yuv420p frames are too large"},
+        {"info zero.y4m", 1, "width '0' is not a number from 1"},
+        {"info negative.y4m", 1, "height '-16' is not a number from 1"},
+        {"info noheight.y4m", 1, "Y4M header lacks H"},
+        {"rotate framx.y4m out.y4m --rotate 90", 1, "frame 1 does not start with FRAME"},
+        {"rotate frames.y4m out.y4m --rotate 90", 1, "frame 1 does not start with FRAME"},
+        {"convert p10.y4m out.png", 1, "C420p10 has 10-bit samples"},
+        {"scale p12.y4m out.y4m --size 8x8", 1, "C420p12 has 12-bit samples"},
+        {"info 422p10.y4m", 1, "C422p10 has 10-bit samples"},
+        {"info 444.y4m", 1, "C444 has 4:4:4 chroma"},
+        {"info 444alpha.y4m", 1, "C444alpha has 4:4:4 chroma and an alpha plane"},
+        {"info mono16.y4m", 1, "Cmono16 has 16-bit samples"},
+        {"info odd-tag.y4m", 1, "Cxyz is not a colour space pixmill knows"},
+        // PNG colour types that would lose data, damage, sizes.
+        {"convert rgb48.png out.yuv --to yuv420p", 1, "rgb48.png: PNG with 16-bit samples"},
+        {"convert grey16.png out.yuv --to yuv420p", 1, "PNG with 16-bit samples"},
+        {"convert rgba.png out.yuv --to yuv420p", 1, "PNG with an alpha channel"},
+        {"convert greyalpha.png out.yuv --to yuv420p", 1, "PNG with an alpha channel"},
+        {"convert trns.png out.yuv --to yuv420p", 1, "PNG with transparency"},
+        {"convert ihdr-crc.png out.yuv --to yuv420p", 1, "damaged PNG: IHDR: CRC error"},
+        {"convert idat-crc.png out.yuv --to yuv420p", 1, "damaged PNG: IDAT: CRC error"},
+        {"convert cut.png out.yuv --to yuv420p", 1, "damaged PNG: the file ends too early"},
+        {"convert zero.png out.yuv --to yuv420p", 1, "damaged PNG: Invalid IHDR data (Image width is zero in IHDR)"},
+        {"convert wide.png out.yuv --to yuv420p", 1, "Invalid IHDR data (Image width exceeds user limit in IHDR)"},
+        {"convert huge.png out.yuv --to yuv420p", 1, "PNG of 40000x40000 is too large"},
+        // Raw sizes on the command line.
+        {"convert img.rgb565 out.yuv --format rgb565 --size 0x10", 2, "'0x10': expected WxH with sides from 1 to 65535"},
+        {"convert img.rgb565 out.yuv --format rgb565 --size -20x10", 2, "--size '-20x10': expected WxH"},
+        {"convert img.rgb565 out.yuv --format rgb565 --size 65536x2", 2, "--size '65536x2': expected WxH"},
+        // An operation's rules, checked before the call.
+        {"scale good.y4m out.y4m --size 17x12", 1, "gScaleFrame: target width 17 is odd"},
+        {"scale good.y4m out.y4m --size 16x12 --rect 8x8+40+0", 1, "not inside the 32x24 frame"},
+        {"scale good.y4m out.y4m --ratio 2:1 --size 10x8", 1, "target width 10 is not a multiple of 4"},
+        {"scale good.y4m out.y4m --ratio 1:2 --rect 8x8+2+2", 1, "plane would be read to offset"},
+        {"scale good.y4m out.y4m --ratio 4:3 --size 18x12", 1, "source width 32 is not 4/3 of the target width 18"},
+        {"scale good.y4m out.y4m --ratio 1:4 --size 32x32 --rect 8x8+28+0", 1, "is not inside the 32x24 frame"},
+        {"scale good422.y4m out.y4m --to yuv420p --size 2x2", 1, "gYUV422toYUV420: target width 2 is below 4"},
+        {"scale img.rgb565 out.raw --in-size 20x10 --format rgb565 --size 1x5", 1, "target width 1 is below 2"},
+        {"convert img.rgb565 out.yuv --format rgb565 --size 20x10 --op gEmRGB565toYUV420 --canvas 16x16", 1,
+         "image width 20 exceeds the frame width"},
+        {"rotate img.rgb565 out.raw --format rgb565 --size 20x10 --rotate 90 --rect 4x4+25+0", 1, "not inside"},
+        {"rotate good.y4m out.raw --to rgb565 --rect 8x8+34+0 --rotate 90", 1, "rectangle x 34 lies beyond"},
+        {"rotate good.y4m out.raw --to rgb565 --rect 8x8+0+0 --canvas 20x20 --at 19,0", 1, "leaves no 2x2 block"},
+        // Usage.
+        {"rotate good.y4m out.y4m --rotate 45", 2, "expected 0, 90, 180 or 270"},
+        {"rotate good.y4m out.y4m --rotate 90 --size", 2, "--size needs a value"},
+        {"convert good.y4m out.y4m --op gScaleFrame --rect 8x8", 2, "--rect does not apply to gScaleFrame"},
+        {"convert good.y4m out.y4m --op gRotateRGB16", 2, "gRotateRGB16 does not take yuv420p"},
+        {"convert good.y4m out.y4m --to rgb24", 2, "Y4M holds planar YUV only"},
+        {"convert good.y4m out.png", 1, "PNG holds one frame"},
+        {"frobnicate good.y4m out.y4m", 2, "unknown command"},
+    };
+    const char *outputs[] = {"out.png", "out.y4m", "out.raw", "out.yuv"};
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.args);
+        // Once with no output file there, once over an existing one.
+        for (const bool existing : {false, true}) {
+            for (const char *name : outputs)
+                existing ? write(name, "precious") : static_cast<void>(fs::remove(dir_ / name));
+            const Result r = run(c.args);
+            EXPECT_EQ(r.code, c.code);
+            EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
+            EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
+            for (const char *name : outputs)
+                EXPECT_EQ(existing ? read(name) : std::to_string(exists(name)), existing ? "precious" : "0") << name;
+            for (const auto &entry : fs::directory_iterator(dir_))
+                EXPECT_EQ(entry.path().filename().string().find(".pixmill-"), std::string::npos);
+        }
+    }
+}
+
+TEST_F(Cli, GreyAndPalettePngsAreReadAsTheirColours)
+{
+    // 2-bit grey 0..3 widens to 0, 85, 170, 255; 4-bit palette indices give
+    // their entries. Each PNG converts exactly as its R,G,B twin.
+    const Bytes palette = "\x0a\x0b\x0c\x80\x90\xa0\xfe\x01\x7f";
+    struct Case {
+        const char *name;
+        Bytes file, rgb;
+    };
+    const Case cases[] = {
+        {"grey2", png(4, 2, PNG_COLOR_TYPE_GRAY, 2, "\x1b\xe4"),
+         Bytes("\0\0\0UUU\xaa\xaa\xaa\xff\xff\xff\xff\xff\xff\xaa\xaa\xaaUUU\0\0\0", 24)},
+        {"grey8", png(4, 2, PNG_COLOR_TYPE_GRAY, 8, Bytes("\x01\x40\x80\xfe\x00\x10\x20\x30", 8)),
+         Bytes("\x01\x01\x01\x40\x40\x40\x80\x80\x80\xfe\xfe\xfe\0\0\0\x10\x10\x10\x20\x20\x20\x30\x30\x30", 24)},
+        {"palette4", png(4, 2, PNG_COLOR_TYPE_PALETTE, 4, "\x01\x20\x22\x10", palette),
+         palette.substr(0, 6) + palette.substr(6, 3) + palette.substr(0, 3) + palette.substr(6, 3) +
+             palette.substr(6, 3) + palette.substr(3, 3) + palette.substr(0, 3)},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.name);
+        const std::string name = c.name;
+        write(name + ".png", c.file);
+        write(name + ".rgb", c.rgb);
+        const Result r = run("convert " + name + ".png a.yuv --to yuv420p");
+        ASSERT_EQ(r.code, 0) << r.err;
+        ASSERT_EQ(run("convert " + name + ".rgb b.yuv --to yuv420p --format rgb24 --size 4x2").code, 0);
+        EXPECT_EQ(read("a.yuv"), read("b.yuv"));
+    }
+}
+
+// Runs `pixmill rotate - out.y4m --rotate 180 FLAGS` with its standard error
+// on a pseudo-terminal (or a file), feeding `head` at once and `tail` after a
+// pause of more than a second. Returns what standard error received.
+std::string slowJob(const std::string &dir, const std::string &flags, bool terminal, const Bytes &head,
+                    const Bytes &tail)
+{
+    int master = -1, slave = -1, input[2];
+    if (terminal && openpty(&master, &slave, nullptr, nullptr, nullptr) != 0)
+        return "openpty failed";
+    if (!terminal)
+        slave = open((dir + "/.slow-err").c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600);
+    if (slave < 0 || pipe(input) != 0)
+        return "no pipe";
+    const std::string args = "rotate - out.y4m --rotate 180 " + flags;
+    const pid_t child = fork();
+    if (child == 0) {
+        dup2(input[0], STDIN_FILENO);
+        dup2(slave, STDERR_FILENO);
+        close(input[1]);
+        if (chdir(dir.c_str()) != 0)
+            _exit(126);
+        execl("/bin/sh", "sh", "-c", ("exec '" + std::string(PIXMILL_CLI) + "' " + args).c_str(), nullptr);
+        _exit(127);
+    }
+    close(input[0]);
+    close(slave);
+    bool fed = write(input[1], head.data(), head.size()) == static_cast<ssize_t>(head.size());
+    std::this_thread::sleep_for(std::chrono::milliseconds(1300));
+    fed = fed && write(input[1], tail.data(), tail.size()) == static_cast<ssize_t>(tail.size());
+    close(input[1]);
+    int status = 0;
+    waitpid(child, &status, 0);
+    if (!fed || !WIFEXITED(status) || WEXITSTATUS(status) != 0)
+        return "the job failed";
+    std::string err;
+    if (terminal) {
+        char buffer[512];
+        for (ssize_t n; (n = ::read(master, buffer, sizeof buffer)) > 0;)
+            err.append(buffer, static_cast<size_t>(n));
+        close(master);
+    } else {
+        std::ostringstream text;
+        text << std::ifstream(dir + "/.slow-err").rdbuf();
+        err = text.str();
+    }
+    return err;
+}
+
+TEST_F(Cli, ProgressLineOnlyOnATerminalAndNotWhenQuiet)
+{
+    Random rnd;
+    const Bytes stream = y4m(rnd, 16, 16, "420jpeg", 3);
+    const size_t second = stream.find("FRAME", stream.find("FRAME") + 1);
+    const Bytes head = stream.substr(0, second), tail = stream.substr(second);
+    const std::string shown = slowJob(dir_.string(), "", true, head, tail);
+    // Frame 2 comes after the first second; on a slow machine frame 1 may too.
+    EXPECT_TRUE(std::regex_search(shown, std::regex("\rpixmill: [12] frames, [0-9]+\\.[0-9] fps "))) << shown;
+    EXPECT_EQ(shown.back(), '\n') << shown;
+    EXPECT_EQ(read("out.y4m").size(), stream.size());
+    EXPECT_EQ(slowJob(dir_.string(), "--quiet", true, head, tail), "");
+    EXPECT_EQ(slowJob(dir_.string(), "", false, head, tail), "");
+}
+
+} // namespace
