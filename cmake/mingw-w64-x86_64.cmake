@@ -12,7 +12,6 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-# The DLL stands alone: what it needs of the compiler's runtime (such as the
-# guard of a function-local static) is linked in, so that it imports only
-# KERNEL32 and the C runtime (msvcrt).
+# The DLL stands alone: whatever it needs of the compiler's runtime is
+# linked in, so that it imports only KERNEL32 and the C runtime (msvcrt).
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "-static-libgcc -static-libstdc++")
