@@ -22,12 +22,13 @@ namespace pixmill {
 
 // Up to eight neighbouring target samples of a row whose taps all lie in the
 // 16 source bytes from `base` on. Lane t takes its near tap from byte
-// taps[2t] and its far tap from byte taps[2t + 1] of those 16, with phase
-// phase[t]; lanes past the group's size repeat lane 0.
+// taps[2t] and its far tap from byte taps[2t + 1] of those 16, weighted
+// weights[2t] = 8 - px and weights[2t + 1] = px at its phase px; lanes past
+// the group's size repeat lane 0.
 struct ColumnGroup {
     int32_t base;
     uint8_t taps[16];
-    uint16_t phase[8];
+    uint8_t weights[16];
 };
 
 // The two passes as row kernels (see frame/simd.h).
@@ -68,20 +69,21 @@ public:
     BilinearStrip(const BilinearRowKernels &k, const Columns &c, int32_t from, int32_t n)
         : k_(k), c_(c), from_(from), n_(n), size_(groupSize(c))
     {
-        // Whole groups whose 16 bytes stay inside the source row and before
-        // the edge go to the kernel; the columns after them are filtered here.
-        while (size_ && (count_ + 1) * size_ <= n && from + (count_ + 1) * size_ <= c.edgeFrom) {
+        // Whole groups before the edge go to the kernel; the columns after
+        // them are filtered here. A group's 16 bytes start at its first tap,
+        // or end at the row's end where that leaves fewer than 16: its taps
+        // all lie in the row, so they stay within the 16 bytes either way.
+        while (size_ && (count_ + 1) * size_ <= n && from + (count_ + 1) * size_ <= c.edgeFrom && c.readable >= 16) {
             ColumnGroup &g = groups_[count_];
             const int32_t first = from + count_ * size_;
-            g.base = positionIndex(c.start + first * c.step) << c.shift;
-            if (g.base + 16 > c.readable)
-                break;
+            g.base = min32(positionIndex(c.start + first * c.step) << c.shift, c.readable - 16);
             for (int32_t t = 0; t < 8; ++t) {
                 const int32_t pos = c.start + (first + (t < size_ ? t : 0)) * c.step; // past the size: lane 0
                 const int32_t nearTap = (positionIndex(pos) << c.shift) - g.base;
                 g.taps[2 * t] = static_cast<uint8_t>(nearTap);
                 g.taps[2 * t + 1] = static_cast<uint8_t>(nearTap + c.far);
-                g.phase[t] = static_cast<uint16_t>(positionPhase(pos));
+                g.weights[2 * t] = static_cast<uint8_t>(8 - positionPhase(pos));
+                g.weights[2 * t + 1] = static_cast<uint8_t>(positionPhase(pos));
             }
             ++count_;
         }

@@ -73,39 +73,6 @@ size_t blendPixels(const int16_t *const upper[3], const int16_t *const lower[3],
     return i;
 }
 
-// (8 - px) * near + px * far for the byte pairs of `bytes` (near the even
-// byte), px given as the byte weights (8 - px, px) of every pair: at most
-// 8 * 255 per 16-bit lane. x86 multiplies and adds the pairs in one step.
-#if HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
-HWY_INLINE hn::Vec128<int16_t> filterPairs(hn::Vec128<uint8_t> bytes, hn::Vec128<uint8_t> weights)
-{
-    return hn::Vec128<int16_t>{_mm_maddubs_epi16(bytes.raw, weights.raw)};
-}
-#if HWY_TARGET != HWY_SSE4
-HWY_INLINE hn::Vec256<int16_t> filterPairs(hn::Vec256<uint8_t> bytes, hn::Vec256<uint8_t> weights)
-{
-    return hn::Vec256<int16_t>{_mm256_maddubs_epi16(bytes.raw, weights.raw)};
-}
-#endif
-#if HWY_TARGET == HWY_AVX3
-HWY_INLINE hn::Vec512<int16_t> filterPairs(hn::Vec512<uint8_t> bytes, hn::Vec512<uint8_t> weights)
-{
-    return hn::Vec512<int16_t>{_mm512_maddubs_epi16(bytes.raw, weights.raw)};
-}
-#endif
-#else
-template <class V8>
-HWY_INLINE auto filterPairs(V8 bytes, V8 weights)
-{
-    const hn::Repartition<int16_t, hn::DFromV<V8>> d;
-    const hn::RebindToUnsigned<decltype(d)> du;
-    const auto lowByte = hn::Set(d, 0xFF);
-    const auto pairs = hn::BitCast(d, bytes), w = hn::BitCast(d, weights);
-    const auto nearTap = hn::And(pairs, lowByte), farTap = hn::BitCast(d, hn::ShiftRight<8>(hn::BitCast(du, pairs)));
-    return hn::Add(hn::Mul(nearTap, hn::And(w, lowByte)), hn::Mul(farTap, hn::ShiftRight<8>(w)));
-}
-#endif
-
 // blendPairRuns for one vector of target samples from i on, one sample per
 // 16-bit lane: across first, then down, at most 64 * 255.
 template <class D>
