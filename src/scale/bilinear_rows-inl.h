@@ -57,7 +57,7 @@ HWY_INLINE auto filterGroups(V8 bytes, V8 taps, V8 weights)
     return filterPairs(hn::TableLookupBytes(bytes, taps), weights);
 }
 
-inline size_t filterColumns(const uint8_t *row, const ColumnGroup *groups, size_t count, size_t size, int16_t *out)
+inline size_t filterColumns(const uint8_t *row, const ColumnGroups &groups, size_t count, size_t size, int16_t *out)
 {
     const hn::FixedTag<uint8_t, 16> d8;
     size_t g = 0;
@@ -66,21 +66,18 @@ inline size_t filterColumns(const uint8_t *row, const ColumnGroup *groups, size_
     if (size == 8) {
         const hn::FixedTag<uint8_t, 32> d32;
         const hn::FixedTag<int16_t, 16> d16;
-        auto both = [&](const uint8_t *lo, const uint8_t *hi) {
-            return hn::Combine(d32, hn::LoadU(d8, hi), hn::LoadU(d8, lo));
-        };
         for (; g + 2 <= count; g += 2, out += 16) {
-            const ColumnGroup &a = groups[g], &b = groups[g + 1];
-            const auto weights = both(a.weights, b.weights);
-            hn::StoreU(filterGroups(both(row + a.base, row + b.base), both(a.taps, b.taps), weights), d16, out);
+            const auto bytes =
+                hn::Combine(d32, hn::LoadU(d8, row + groups.base[g + 1]), hn::LoadU(d8, row + groups.base[g]));
+            const auto taps = hn::LoadU(d32, groups.taps[g]), weights = hn::LoadU(d32, groups.weights[g]);
+            hn::StoreU(filterGroups(bytes, taps, weights), d16, out);
         }
     }
 #endif
     const hn::FixedTag<int16_t, 8> d16;
     for (; g < count; ++g, out += size) {
-        const ColumnGroup &group = groups[g];
-        const auto weights = hn::LoadU(d8, group.weights);
-        hn::StoreU(filterGroups(hn::LoadU(d8, row + group.base), hn::LoadU(d8, group.taps), weights), d16, out);
+        const auto taps = hn::LoadU(d8, groups.taps[g]), weights = hn::LoadU(d8, groups.weights[g]);
+        hn::StoreU(filterGroups(hn::LoadU(d8, row + groups.base[g]), taps, weights), d16, out);
     }
     return count;
 }

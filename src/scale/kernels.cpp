@@ -250,7 +250,15 @@ size_t upby4(const uint8_t *top, const uint8_t *bottom, uint8_t *const t[4], siz
     return k;
 }
 
-constexpr ScaleKernels kScale{{&filterColumns, &blendRows}, &filterPixels, &blendPixels, &blendPairRuns, &downby2, &downto3by3, &upby2Row, &average, &upby4};
+constexpr ScaleKernels kScale{{&filterColumns, &blendRows},
+                              &filterPixels,
+                              &blendPixels,
+                              &blendPairRuns,
+                              &downby2,
+                              &downto3by3,
+                              &upby2Row,
+                              &average,
+                              &upby4};
 
 } // namespace pixmill::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
