@@ -28,7 +28,7 @@ namespace pixmill {
 // repeat lane 0. The tables of neighbouring groups lie side by side, so
 // that a vector of two or more groups loads them at once.
 struct ColumnGroups {
-    static constexpr int32_t kCount = 256;
+    static constexpr int32_t kCount = 512;
     int32_t base[kCount];
     uint8_t taps[kCount][16];
     uint8_t weights[kCount][16];
@@ -57,9 +57,10 @@ struct Columns {
 class BilinearStrip {
 public:
     // Strips hold at most this many groups and columns, so that a strip
-    // takes some 17 KiB of stack whatever the width.
+    // takes some 35 KiB of stack whatever the width, and a row of 4K video
+    // is one strip (rows written in pieces are slower to write back).
     static constexpr int32_t kGroups = ColumnGroups::kCount;
-    static constexpr int32_t kMaxWidth = 2048;
+    static constexpr int32_t kMaxWidth = 4096;
 
     // How many target columns of `c` a strip takes: as many as its groups
     // cover, or kMaxWidth when no group serves.
