@@ -16,21 +16,48 @@ HWY_BEFORE_NAMESPACE();
 namespace pixmill::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-// One group's lanes from its source bytes, tap indices and phases (each a
-// 16-byte block per group): (8 - px) * near + px * far.
-template <class D8, class V8>
-HWY_INLINE hn::Vec<hn::Repartition<int16_t, D8>> filterGroups(D8 d8, V8 bytes, V8 taps, V8 phases)
+// (8 - px) * near + px * far for the byte pairs of `bytes` (near the even
+// byte), px given as the byte weights (8 - px, px) of every pair: at most
+// 8 * 255 per 16-bit lane. x86 multiplies and adds the pairs in one step.
+#if HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
+HWY_INLINE hn::Vec128<int16_t> filterPairs(hn::Vec128<uint8_t> bytes, hn::Vec128<uint8_t> weights)
 {
-    const hn::Repartition<int16_t, D8> d16;
-    const hn::Repartition<uint16_t, D8> du16;
-    const auto pairs = hn::TableLookupBytes(bytes, taps);
-    const auto nearTap = hn::And(hn::BitCast(d16, pairs), hn::Set(d16, 0xFF));
-    const auto farTap = hn::BitCast(d16, hn::ShiftRight<8>(hn::BitCast(du16, pairs)));
-    (void)d8;
-    return hn::Add(hn::ShiftLeft<3>(nearTap), hn::Mul(hn::Sub(farTap, nearTap), hn::BitCast(d16, phases)));
+    return hn::Vec128<int16_t>{_mm_maddubs_epi16(bytes.raw, weights.raw)};
+}
+#if HWY_TARGET != HWY_SSE4
+HWY_INLINE hn::Vec256<int16_t> filterPairs(hn::Vec256<uint8_t> bytes, hn::Vec256<uint8_t> weights)
+{
+    return hn::Vec256<int16_t>{_mm256_maddubs_epi16(bytes.raw, weights.raw)};
+}
+#endif
+#if HWY_TARGET == HWY_AVX3
+HWY_INLINE hn::Vec512<int16_t> filterPairs(hn::Vec512<uint8_t> bytes, hn::Vec512<uint8_t> weights)
+{
+    return hn::Vec512<int16_t>{_mm512_maddubs_epi16(bytes.raw, weights.raw)};
+}
+#endif
+#else
+template <class V8>
+HWY_INLINE auto filterPairs(V8 bytes, V8 weights)
+{
+    const hn::Repartition<int16_t, hn::DFromV<V8>> d;
+    const hn::RebindToUnsigned<decltype(d)> du;
+    const auto lowByte = hn::Set(d, 0xFF);
+    const auto pairs = hn::BitCast(d, bytes), w = hn::BitCast(d, weights);
+    const auto nearTap = hn::And(pairs, lowByte), farTap = hn::BitCast(d, hn::ShiftRight<8>(hn::BitCast(du, pairs)));
+    return hn::Add(hn::Mul(nearTap, hn::And(w, lowByte)), hn::Mul(farTap, hn::ShiftRight<8>(w)));
+}
+#endif
+
+// One group's lanes from its source bytes, tap indices and tap weights
+// (each a 16-byte block per group): (8 - px) * near + px * far.
+template <class V8>
+HWY_INLINE auto filterGroups(V8 bytes, V8 taps, V8 weights)
+{
+    return filterPairs(hn::TableLookupBytes(bytes, taps), weights);
 }
 
-inline size_t filterColumns(const uint8_t *row, const ColumnGroup *groups, size_t count, size_t size, int16_t *out)
+inline size_t filterColumns(const uint8_t *row, const ColumnGroups &groups, size_t count, size_t size, int16_t *out)
 {
     const hn::FixedTag<uint8_t, 16> d8;
     size_t g = 0;
@@ -39,22 +66,18 @@ inline size_t filterColumns(const uint8_t *row, const ColumnGroup *groups, size_
     if (size == 8) {
         const hn::FixedTag<uint8_t, 32> d32;
         const hn::FixedTag<int16_t, 16> d16;
-        auto both = [&](const uint8_t *lo, const uint8_t *hi) {
-            return hn::Combine(d32, hn::LoadU(d8, hi), hn::LoadU(d8, lo));
-        };
         for (; g + 2 <= count; g += 2, out += 16) {
-            const ColumnGroup &a = groups[g], &b = groups[g + 1];
-            const auto phases = both(reinterpret_cast<const uint8_t *>(a.phase),
-                                     reinterpret_cast<const uint8_t *>(b.phase));
-            hn::StoreU(filterGroups(d32, both(row + a.base, row + b.base), both(a.taps, b.taps), phases), d16, out);
+            const auto bytes =
+                hn::Combine(d32, hn::LoadU(d8, row + groups.base[g + 1]), hn::LoadU(d8, row + groups.base[g]));
+            const auto taps = hn::LoadU(d32, groups.taps[g]), weights = hn::LoadU(d32, groups.weights[g]);
+            hn::StoreU(filterGroups(bytes, taps, weights), d16, out);
         }
     }
 #endif
     const hn::FixedTag<int16_t, 8> d16;
     for (; g < count; ++g, out += size) {
-        const ColumnGroup &group = groups[g];
-        const auto phases = hn::LoadU(d8, reinterpret_cast<const uint8_t *>(group.phase));
-        hn::StoreU(filterGroups(d8, hn::LoadU(d8, row + group.base), hn::LoadU(d8, group.taps), phases), d16, out);
+        const auto taps = hn::LoadU(d8, groups.taps[g]), weights = hn::LoadU(d8, groups.weights[g]);
+        hn::StoreU(filterGroups(hn::LoadU(d8, row + groups.base[g]), taps, weights), d16, out);
     }
     return count;
 }

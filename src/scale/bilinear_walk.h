@@ -20,14 +20,18 @@
 
 namespace pixmill {
 
-// Up to eight neighbouring target samples of a row whose taps all lie in the
-// 16 source bytes from `base` on. Lane t takes its near tap from byte
-// taps[2t] and its far tap from byte taps[2t + 1] of those 16, with phase
-// phase[t]; lanes past the group's size repeat lane 0.
-struct ColumnGroup {
-    int32_t base;
-    uint8_t taps[16];
-    uint16_t phase[8];
+// Groups of up to eight neighbouring target samples of a row. The taps of
+// group g all lie in the 16 source bytes from base[g] on; its lane t takes
+// its near tap from byte taps[g][2t] and its far tap from byte
+// taps[g][2t + 1] of those 16, weighted weights[g][2t] = 8 - px and
+// weights[g][2t + 1] = px at its phase px; lanes past the group's size
+// repeat lane 0. The tables of neighbouring groups lie side by side, so
+// that a vector of two or more groups loads them at once.
+struct ColumnGroups {
+    static constexpr int32_t kCount = 512;
+    int32_t base[kCount];
+    uint8_t taps[kCount][16];
+    uint8_t weights[kCount][16];
 };
 
 // The two passes as row kernels (see frame/simd.h).
@@ -36,7 +40,8 @@ struct BilinearRowKernels {
     // `size` lanes t, out[g * size + t] = (8 - px) * near + px * far. Writes
     // eight samples per group, so `out` has room for seven more than it
     // keeps; the lanes past `size` are overwritten by the next group.
-    size_t (*filterColumns)(const uint8_t *row, const ColumnGroup *groups, size_t count, size_t size, int16_t *out);
+    size_t (*filterColumns)(const uint8_t *row, const ColumnGroups &groups, size_t count, size_t size,
+                            int16_t *out);
     // Vertical pass: out[i] = ((8 - py) * upper[i] + py * lower[i]) >> 6.
     size_t (*blendRows)(const int16_t *upper, const int16_t *lower, int32_t py, uint8_t *out, size_t n);
 };
@@ -52,9 +57,10 @@ struct Columns {
 class BilinearStrip {
 public:
     // Strips hold at most this many groups and columns, so that a strip
-    // takes some 17 KiB of stack whatever the width.
-    static constexpr int32_t kGroups = 256;
-    static constexpr int32_t kMaxWidth = 2048;
+    // takes some 35 KiB of stack whatever the width, and a row of 4K video
+    // is one strip (rows written in pieces are slower to write back).
+    static constexpr int32_t kGroups = ColumnGroups::kCount;
+    static constexpr int32_t kMaxWidth = 4096;
 
     // How many target columns of `c` a strip takes: as many as its groups
     // cover, or kMaxWidth when no group serves.
@@ -68,20 +74,21 @@ public:
     BilinearStrip(const BilinearRowKernels &k, const Columns &c, int32_t from, int32_t n)
         : k_(k), c_(c), from_(from), n_(n), size_(groupSize(c))
     {
-        // Whole groups whose 16 bytes stay inside the source row and before
-        // the edge go to the kernel; the columns after them are filtered here.
-        while (size_ && (count_ + 1) * size_ <= n && from + (count_ + 1) * size_ <= c.edgeFrom) {
-            ColumnGroup &g = groups_[count_];
+        // Whole groups before the edge go to the kernel; the columns after
+        // them are filtered here. A group's 16 bytes start at its first tap,
+        // or end at the row's end where that leaves fewer than 16: its taps
+        // all lie in the row, so they stay within the 16 bytes either way.
+        while (size_ && (count_ + 1) * size_ <= n && from + (count_ + 1) * size_ <= c.edgeFrom && c.readable >= 16) {
             const int32_t first = from + count_ * size_;
-            g.base = positionIndex(c.start + first * c.step) << c.shift;
-            if (g.base + 16 > c.readable)
-                break;
+            int32_t &base = groups_.base[count_];
+            base = min32(positionIndex(c.start + first * c.step) << c.shift, c.readable - 16);
             for (int32_t t = 0; t < 8; ++t) {
                 const int32_t pos = c.start + (first + (t < size_ ? t : 0)) * c.step; // past the size: lane 0
-                const int32_t nearTap = (positionIndex(pos) << c.shift) - g.base;
-                g.taps[2 * t] = static_cast<uint8_t>(nearTap);
-                g.taps[2 * t + 1] = static_cast<uint8_t>(nearTap + c.far);
-                g.phase[t] = static_cast<uint16_t>(positionPhase(pos));
+                const int32_t nearTap = (positionIndex(pos) << c.shift) - base;
+                groups_.taps[count_][2 * t] = static_cast<uint8_t>(nearTap);
+                groups_.taps[count_][2 * t + 1] = static_cast<uint8_t>(nearTap + c.far);
+                groups_.weights[count_][2 * t] = static_cast<uint8_t>(8 - positionPhase(pos));
+                groups_.weights[count_][2 * t + 1] = static_cast<uint8_t>(positionPhase(pos));
             }
             ++count_;
         }
@@ -135,7 +142,7 @@ private:
     const Columns c_;
     const int32_t from_, n_, size_;
     int32_t count_ = 0;
-    ColumnGroup groups_[kGroups];
+    ColumnGroups groups_;
     const uint8_t *held_[2] = {nullptr, nullptr};
     int16_t h_[2][kMaxWidth + 8]; // a group stores eight lanes
 };

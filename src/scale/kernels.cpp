@@ -73,6 +73,64 @@ size_t blendPixels(const int16_t *const upper[3], const int16_t *const lower[3],
     return i;
 }
 
+// blendPairRuns for one vector of target samples from i on, one sample per
+// 16-bit lane: across first, then down, at most 64 * 255.
+template <class D>
+HWY_INLINE void blendPairVector(D d, const uint8_t *upper, const uint8_t *lower, hn::Vec<D> py,
+                                hn::Vec<hn::Repartition<uint8_t, D>> px, uint8_t *out, size_t i)
+{
+    const hn::Repartition<uint8_t, D> d8;
+    const hn::Rebind<uint8_t, D> dOut;
+    const auto u = filterPairs(hn::LoadU(d8, upper + 2 * i), px);
+    const auto l = filterPairs(hn::LoadU(d8, lower + 2 * i), px);
+    const auto sum = hn::Add(hn::ShiftLeft<3>(u), hn::Mul(hn::Sub(l, u), py));
+    hn::StoreU(hn::DemoteTo(dOut, hn::ShiftRight<6>(sum)), dOut, out + i);
+}
+
+// The columns [from, to) of a run: whole vectors of D from the start, and a
+// last one that ends at `to` and overlaps the one before it (it writes the
+// same bytes again). False when the run is narrower than a vector.
+template <class D>
+HWY_INLINE bool blendPairVectors(D d, const uint8_t *upper, const uint8_t *lower, hn::Vec<D> py, const PairRun &run,
+                                 uint8_t *out)
+{
+    const auto N = static_cast<int32_t>(hn::Lanes(d));
+    if (run.to - run.from < N)
+        return false;
+    // Byte weights (8 - px, px) of each pair, the near one first in memory.
+    const auto weights = static_cast<int16_t>((run.px << 8) | (8 - run.px));
+    const auto px = hn::BitCast(hn::Repartition<uint8_t, D>(), hn::Set(d, weights));
+    const uint8_t *u = upper + run.offset, *l = lower + run.offset;
+    int32_t i = run.from;
+    for (; i + N <= run.to; i += N)
+        blendPairVector(d, u, l, py, px, out, size_t(i));
+    if (i < run.to)
+        blendPairVector(d, u, l, py, px, out, size_t(run.to - N));
+    return true;
+}
+
+void blendPairRuns(const uint8_t *upper, const uint8_t *lower, int32_t py, const PairRun *runs, size_t count,
+                   uint8_t *out)
+{
+    const hn::ScalableTag<int16_t> d;
+    const hn::FixedTag<int16_t, kMinPairRun> d8;
+    const auto wide = hn::Set(d, static_cast<int16_t>(py));
+    const auto narrow = hn::Set(d8, static_cast<int16_t>(py));
+#if HWY_TARGET == HWY_AVX3
+    const hn::FixedTag<int16_t, 16> d16;
+    const auto middle = hn::Set(d16, static_cast<int16_t>(py));
+#endif
+    for (const PairRun *run = runs; run != runs + count; ++run) {
+        if (blendPairVectors(d, upper, lower, wide, *run, out))
+            continue;
+#if HWY_TARGET == HWY_AVX3
+        if (blendPairVectors(d16, upper, lower, middle, *run, out))
+            continue;
+#endif
+        blendPairVectors(d8, upper, lower, narrow, *run, out);
+    }
+}
+
 size_t downby2(const uint8_t *top, const uint8_t *bottom, uint8_t *out, size_t n)
 {
     // One target sample per 16-bit lane, from the two bytes of a source pair.
@@ -192,7 +250,15 @@ size_t upby4(const uint8_t *top, const uint8_t *bottom, uint8_t *const t[4], siz
     return k;
 }
 
-constexpr ScaleKernels kScale{{&filterColumns, &blendRows}, &filterPixels, &blendPixels, &downby2, &downto3by3, &upby2Row, &average, &upby4};
+constexpr ScaleKernels kScale{{&filterColumns, &blendRows},
+                              &filterPixels,
+                              &blendPixels,
+                              &blendPairRuns,
+                              &downby2,
+                              &downto3by3,
+                              &upby2Row,
+                              &average,
+                              &upby4};
 
 } // namespace pixmill::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

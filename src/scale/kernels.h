@@ -24,6 +24,13 @@ struct PixelGroup {
     uint16_t phase[8];
 };
 
+// Target columns [from, to) of a halving walk whose near taps stand at
+// 2i + offset, all at phase px.
+struct PairRun {
+    int32_t from, to, offset, px;
+};
+constexpr int32_t kMinPairRun = 8;
+
 struct ScaleKernels {
     // The two passes of the bilinear plane scaler.
     BilinearRowKernels bilinear;
@@ -38,6 +45,14 @@ struct ScaleKernels {
     // packed as ((R << 2) & 0xF800) | ((G >> 3) & 0x07E0) | (B >> 9).
     size_t (*blendPixels)(const int16_t *const upper[3], const int16_t *const lower[3], int32_t py, uint16_t *out,
                           size_t n);
+
+    // Halving bilinear row, run by run: target columns i of a run take the
+    // taps at c = 2i + offset, all at the phases (px, py): out[i] = ((8 - py)
+    // * ((8 - px) * upper[c] + px * upper[c + 1]) + py * ((8 - px) * lower[c]
+    // + px * lower[c + 1])) >> 6. Reads no byte that is not a tap of the
+    // run. Runs of fewer than kMinPairRun columns are left to the caller.
+    void (*blendPairRuns)(const uint8_t *upper, const uint8_t *lower, int32_t py, const PairRun *runs, size_t count,
+                          uint8_t *out);
 
     // Fixed ratios; `n` counts target samples of one row, or blocks.
     // downby2: out[i] = (9a + 3b + 3c + d) >> 4 from a = top[2i], b =

@@ -47,6 +47,63 @@ void scaleInStrips(const BilinearRowKernels &k, const Columns &columns, const ui
     }
 }
 
+// Halving: neighbouring taps and a step within kMaxPairDrift of two
+// samples. Column i stands at i * stepX = 2i samples + i * drift, with drift
+// = stepX - 2 samples; 2i samples are a whole number of eighths, so the
+// position in eighths is 16i + ((i * drift) >> 15). Over a run of columns
+// that share e = (i * drift) >> 15, column i takes the taps 2i + (e >> 3)
+// and 2i + (e >> 3) + 1 at phase e & 7: even and odd bytes with constant
+// weights. |drift| stays below an eighth of an eighth, so runs are at least
+// 8 columns long (the last one may be cut by the row's end), and i * drift
+// fits 32 bits for every width.
+constexpr int32_t kTwoSamples = 2 << kPositionBits;
+constexpr int32_t kMaxPairDrift = 1 << 12;
+
+PIXMILL_INLINE bool walksInPairs(int32_t stepX, int32_t shiftX, int32_t dx)
+{
+    return shiftX == 0 && dx == 1 && stepX > kTwoSamples - kMaxPairDrift && stepX < kTwoSamples + kMaxPairDrift;
+}
+
+void scaleInPairs(const ScaleKernels &k, const uint8_t *corner, ptrdiff_t stride, ptrdiff_t dy, uint8_t *target,
+                  int32_t dstW, int32_t dstH, int32_t stepX, int32_t stepY, int32_t shiftY)
+{
+    constexpr int32_t kRuns = 64;
+    PairRun runs[kRuns];
+    const int32_t drift = stepX - kTwoSamples;
+    for (int32_t i = 0; i < dstW;) {
+        // Up to kRuns runs from column i on, then every row over them.
+        int32_t count = 0;
+        bool anyShort = false;
+        for (; count < kRuns && i < dstW; ++count) {
+            const int32_t eighths = (i * drift) >> 15;
+            PairRun &run = runs[count];
+            run = {i, i, eighths >> 3, eighths & 7};
+            while (run.to < dstW && (run.to * drift) >> 15 == eighths)
+                ++run.to;
+            i = run.to;
+            anyShort |= run.to - run.from < kMinPairRun;
+        }
+        int32_t posY = 0;
+        uint8_t *out = target;
+        for (int32_t j = 0; j < dstH; ++j, posY += stepY, out += dstW) {
+            const uint8_t *upper = corner + (positionIndex(posY) << shiftY) * stride;
+            const uint8_t *lower = upper + dy;
+            const int32_t py = positionPhase(posY);
+            k.blendPairRuns(upper, lower, py, runs, size_t(count), out);
+            if (!anyShort)
+                continue;
+            const WeightRow<uint8_t> w = weightRow(BilinearWeights, py);
+            for (const PairRun *run = runs; run != runs + count; ++run) {
+                if (run->to - run->from >= kMinPairRun)
+                    continue;
+                for (int32_t c = run->from, col = 2 * c + run->offset; c < run->to; ++c, col += 2)
+                    out[c] = static_cast<uint8_t>(
+                        blend(w, run->px, upper[col], upper[col + 1], lower[col], lower[col + 1]));
+            }
+        }
+    }
+}
+
 } // namespace
 
 void gScalePlane(const uint8_t *source, uint8_t *target, int32_t sourceWidth, int32_t sourceHeight, int32_t dstW,
@@ -77,6 +134,10 @@ void gScalePlane(const uint8_t *source, uint8_t *target, int32_t sourceWidth, in
     const ptrdiff_t dy = spanY ? stride << shiftY : 0;
     const uint8_t *corner = source + r.y * stride + r.x;
     if (const ScaleKernels *k = scaleKernels()) {
+        if (walksInPairs(stepX, shiftX, dx)) {
+            scaleInPairs(*k, corner, stride, dy, target, dstW, dstH, stepX, stepY, shiftY);
+            return;
+        }
         const Columns columns{0, stepX, shiftX, dx, dstW, sourceWidth - r.x};
         scaleInStrips(k->bilinear, columns, corner, stride, dy, target, dstW, dstH, stepY, shiftY);
         return;

@@ -89,7 +89,7 @@ inline int randomCorner(Random &rng, int extent)
 
 // Cases in turn small (now and then of the same size or an empty target),
 // strongly reduced on one axis or both (ratios past the table's end),
-// enlarged, and wide: every width up to 130 and now and then up to 5000 (past
+// enlarged, and wide (often halved): every width up to 130 and now and then up to 5000 (past
 // the column strips of the vector walks), at
 // ratios around 1, 2 and 3 as often as at any other, so that rows run well
 // past the widest vector. Rectangles end at the plane's edge, stick out, or
@@ -97,8 +97,13 @@ inline int randomCorner(Random &rng, int extent)
 inline ScaleCase randomScaleCase(Random &rng, int i)
 {
     if (i % 4 == 3) {
-        const int sw = rng.range(0, 3) ? rng.range(1, 130) : rng.range(1, 5000);
-        const int dw = rng.coin() ? std::max(1, sw * rng.range(2, 26) / 8) : rng.range(1, 260);
+        const int wide = rng.range(0, 3);
+        const int sw = wide == 0 ? rng.range(1, 5000) : wide == 1 ? rng.range(130, 700) : rng.range(1, 130);
+        // Now and then half the width, give or take a sample: the halving walk.
+        const int pick = rng.range(0, 3);
+        const int dw = pick == 0   ? std::max(1, (sw + rng.range(-2, 2)) / 2)
+                       : pick == 1 ? std::max(1, sw * rng.range(2, 26) / 8)
+                                   : rng.range(1, 260);
         ScaleCase k{sw, rng.range(1, 6), dw, rng.range(1, 6), 0, 0, 0, 0};
         k.x = rng.range(0, 3) ? 0 : rng.range(0, k.sw - 1);
         k.y = rng.range(0, k.sh - 1);
