@@ -47,6 +47,14 @@ protected:
     }
     // Runs the program with these arguments.
     Result run(const std::string &args) const { return shell(cli() + " " + args); }
+    // Runs the program; true when it exits with 0, a failure (with its
+    // standard error) when not.
+    bool ok(const std::string &args) const
+    {
+        const Result r = run(args);
+        EXPECT_EQ(r.code, 0) << args << "\n" << r.err;
+        return r.code == 0;
+    }
 
     void write(const std::string &name, const Bytes &bytes) const
     {

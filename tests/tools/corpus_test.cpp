@@ -239,9 +239,8 @@ TEST_F(Cli, GreyAndPalettePngsAreReadAsTheirColours)
         const std::string name = c.name;
         write(name + ".png", c.file);
         write(name + ".rgb", c.rgb);
-        const Result r = run("convert " + name + ".png a.yuv --to yuv420p");
-        ASSERT_EQ(r.code, 0) << r.err;
-        ASSERT_EQ(run("convert " + name + ".rgb b.yuv --to yuv420p --format rgb24 --size 4x2").code, 0);
+        ASSERT_TRUE(ok("convert " + name + ".png a.yuv --to yuv420p"));
+        ASSERT_TRUE(ok("convert " + name + ".rgb b.yuv --to yuv420p --format rgb24 --size 4x2"));
         EXPECT_EQ(read("a.yuv"), read("b.yuv"));
     }
 }
