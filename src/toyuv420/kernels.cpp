@@ -143,9 +143,6 @@ size_t rgb565Blocks(const uint16_t *first, const uint16_t *second, uint8_t *lowe
 }
 
 // ---- B,G,R bytes ------------------------------------------------------------
-// Every sum of products is formed exactly in 32-bit lanes by 16-bit
-// multiply-adds of lane pairs: w0 * a + w1 * b for the pair (a, b), the pairs
-// taken from the even lanes of two 16-bit vectors, then from the odd ones.
 using DI32 = hn::ScalableTag<int32_t>;
 using VI32 = hn::Vec<DI32>;
 
@@ -155,6 +152,145 @@ HWY_INLINE VI32 weightPair(int16_t w0, int16_t w1)
     return hn::Set(DI32(), int32_t(uint32_t(uint16_t(w0)) | uint32_t(uint16_t(w1)) << 16));
 }
 
+#if HWY_TARGET == HWY_AVX3
+// A block's two pixels of one row are the three 16-bit words
+// (b0, g0) (r0, b1) (g1, r1). One permutation of words puts them into
+// 32-bit lanes, one lane per block, as X1 = [b0 g0 g1 r1], another as
+// X2 = [r0 b1 r0 b1]; multiply-adds of byte pairs (unsigned bytes, signed
+// byte weights, one pair per 16-bit lane) give every sum below, exactly.
+//
+// Luma: with X = 19595 r + 7471 b - 27066 g, Y = g + (X >> 16). Each weight
+// is 256 h + l with h and l signed bytes (r: 77, -117; b: 29, 47;
+// g: -106, 70), so X = 256 XH + XL for XH = 77 r + 29 b - 106 g and
+// XL = -117 r + 47 b + 70 g, both within +-29835, and
+// X >> 16 = (XH + (XL >> 8)) >> 8. No byte pair saturates its lane.
+static_assert(77 * 256 - 117 == 19595 && 29 * 256 + 47 == 7471 && -106 * 256 + 70 == -(19595 + 7471),
+              "luma weights split into signed bytes");
+
+using D32 = hn::ScalableTag<uint32_t>;
+
+// Four byte weights, w0 in the lowest byte of every 32-bit lane.
+HWY_INLINE V8 byteWeights(int8_t w0, int8_t w1, int8_t w2, int8_t w3)
+{
+    return hn::BitCast(D8(), hn::Set(D32(), uint32_t(uint8_t(w0)) | uint32_t(uint8_t(w1)) << 8 |
+                                                uint32_t(uint8_t(w2)) << 16 | uint32_t(uint8_t(w3)) << 24));
+}
+
+// a0 * w0 + a1 * w1 for each byte pair of `a` (unsigned) and `w` (signed).
+HWY_INLINE VI16 pairMulAdd(V8 a, V8 w) { return VI16{_mm512_maddubs_epi16(a.raw, w.raw)}; }
+
+// a0 * w0 + a1 * w1 for each pair of 16-bit lanes, in 32 bits.
+HWY_INLINE VI32 wordMulAdd(VI16 a, VI32 w) { return VI32{_mm512_madd_epi16(a.raw, w.raw)}; }
+
+// Words of (lo, hi) picked by 16-bit indices: 0..31 from lo, 32..63 from hi.
+HWY_INLINE V8 pickWords(V8 lo, V16 index, V8 hi) { return V8{_mm512_permutex2var_epi16(lo.raw, index.raw, hi.raw)}; }
+
+// Word indices of X1 (words 3k and 3k + 2 to lane k) and X2 (word 3k + 1
+// twice): blocks 0..15 from (a, b), blocks 16..31 from (b, c).
+struct BgrIndices {
+    uint16_t at[4][32];
+};
+constexpr BgrIndices bgrIndices()
+{
+    BgrIndices t{};
+    for (int half = 0; half < 2; ++half)
+        for (int k = 0; k < 16; ++k) {
+            const int first = 3 * k + 16 * half;
+            t.at[2 * half][2 * k] = uint16_t(first);
+            t.at[2 * half][2 * k + 1] = uint16_t(first + 2);
+            t.at[2 * half + 1][2 * k] = t.at[2 * half + 1][2 * k + 1] = uint16_t(first + 1);
+        }
+    return t;
+}
+alignas(64) constexpr BgrIndices kBgrIndices = bgrIndices();
+
+struct BgrWeights {
+    V8 hi1, hi2, lo1, lo2, middle, ends;
+    V16 index[4];
+};
+
+HWY_INLINE BgrWeights bgrWeights()
+{
+    const D16 d;
+    return {byteWeights(29, -106, -106, 77),
+            byteWeights(77, 0, 0, 29),
+            byteWeights(47, 70, 70, -117),
+            byteWeights(-117, 0, 0, 47),
+            byteWeights(0, 1, 1, 0),
+            byteWeights(1, 0, 0, 1),
+            {hn::Load(d, kBgrIndices.at[0]), hn::Load(d, kBgrIndices.at[1]), hn::Load(d, kBgrIndices.at[2]),
+             hn::Load(d, kBgrIndices.at[3])}};
+}
+
+// What one row gives for 16 blocks: the luma of its 32 pixels in 16-bit
+// lanes; in each block's 32-bit lane (g0, g1) and (b0 + b1, r0 + r1).
+struct BgrHalf {
+    VI16 y, g, br;
+};
+
+HWY_INLINE BgrHalf bgrHalf(V8 x1, V8 x2, const BgrWeights &w)
+{
+    const VI16 xh = hn::Add(pairMulAdd(x1, w.hi1), pairMulAdd(x2, w.hi2));
+    const VI16 xl = hn::Add(pairMulAdd(x1, w.lo1), pairMulAdd(x2, w.lo2));
+    const VI16 g = pairMulAdd(x1, w.middle);
+    const VI16 y = hn::Add(g, hn::ShiftRight<8>(hn::Add(xh, hn::ShiftRight<8>(xl))));
+    return {y, g, hn::Add(pairMulAdd(x1, w.ends), pairMulAdd(x2, w.middle))};
+}
+
+// One row of 32 blocks (192 bytes): luma stored at y, the sums of each half
+// kept in `half`.
+HWY_INLINE void bgrRow(const uint8_t *px, uint8_t *y, const BgrWeights &w, BgrHalf (&half)[2])
+{
+    const D8 d8;
+    const V8 a = hn::LoadU(d8, px), b = hn::LoadU(d8, px + 64), c = hn::LoadU(d8, px + 128);
+    half[0] = bgrHalf(pickWords(a, w.index[0], b), pickWords(a, w.index[1], b), w);
+    half[1] = bgrHalf(pickWords(b, w.index[2], c), pickWords(b, w.index[3], c), w);
+    // Packing works 128-bit lane by lane; the lanes then go in order.
+    const __m512i packed = _mm512_packus_epi16(half[0].y.raw, half[1].y.raw);
+    hn::StoreU(V8{_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), packed)}, d8, y);
+}
+
+// Chroma minus 128 of the blocks whose rows gave t and b:
+// (wBR.0 SB + wBR.1 SR + wG SG) >> 18, within -128..127; (SB, SR) and the
+// two halves of SG lie in the 16-bit lanes of each block, so two 16-bit
+// multiply-adds form the sum exactly (|sum| < 2^26).
+HWY_INLINE VI32 bgrChroma(const BgrHalf &t, const BgrHalf &b, VI32 wBR, VI32 wG)
+{
+    const VI32 sum = hn::Add(wordMulAdd(hn::Add(t.br, b.br), wBR), wordMulAdd(hn::Add(t.g, b.g), wG));
+    return hn::ShiftRight<18>(sum);
+}
+
+size_t bgr24Blocks(const uint8_t *top, const uint8_t *bottom, uint8_t *yTop, uint8_t *yBottom, uint8_t *u,
+                   uint8_t *v, size_t blocks)
+{
+    const BgrWeights w = bgrWeights();
+    // U = 128 + ((32767 SB - 11059 SR - 21709 SG) >> 18),
+    // V = 128 + ((32767 SR - 5329 SB - 27439 SG) >> 18).
+    const VI32 uBR = weightPair(32767, -11059), uG = weightPair(-21709, -21709);
+    const VI32 vBR = weightPair(-5329, 32767), vG = weightPair(-27439, -27439);
+    const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+    const D8 d8;
+    const hn::Half<D8> dh;
+    size_t i = 0;
+    for (; i + 32 <= blocks; i += 32) {
+        BgrHalf t[2], b[2];
+        bgrRow(top + 6 * i, yTop + 2 * i, w, t);
+        bgrRow(bottom + 6 * i, yBottom + 2 * i, w, b);
+        const __m512i uWords = _mm512_packs_epi32(bgrChroma(t[0], b[0], uBR, uG).raw, bgrChroma(t[1], b[1], uBR, uG).raw);
+        const __m512i vWords = _mm512_packs_epi32(bgrChroma(t[0], b[0], vBR, vG).raw, bgrChroma(t[1], b[1], vBR, vG).raw);
+        // Each 128-bit lane now holds four blocks of U from each half, then
+        // the same of V; the dword shuffle puts U 0..31, then V 0..31.
+        const V8 both = hn::Xor(V8{_mm512_permutexvar_epi32(order, _mm512_packs_epi16(uWords, vWords))},
+                                hn::Set(d8, 0x80));
+        hn::StoreU(hn::LowerHalf(dh, both), dh, u + i);
+        hn::StoreU(hn::UpperHalf(dh, both), dh, v + i);
+    }
+    return i;
+}
+#else
+// Every sum of products is formed exactly in 32-bit lanes by 16-bit
+// multiply-adds of lane pairs: w0 * a + w1 * b for the pair (a, b), the pairs
+// taken from the even lanes of two 16-bit vectors, then from the odd ones.
 HWY_INLINE VI32 wide(V16 v) { return hn::BitCast(DI32(), v); }
 HWY_INLINE V16 words(VI32 v) { return hn::BitCast(D16(), v); }
 
@@ -245,6 +381,7 @@ size_t bgr24Blocks(const uint8_t *top, const uint8_t *bottom, uint8_t *yTop, uin
     }
     return i;
 }
+#endif
 
 // ---- Packed 4:2:2 -----------------------------------------------------------
 // Groups of four bytes, two pixels: the lumas at the even offsets (Y0 U Y1 V)
