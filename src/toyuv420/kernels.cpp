@@ -152,12 +152,12 @@ HWY_INLINE VI32 weightPair(int16_t w0, int16_t w1)
     return hn::Set(DI32(), int32_t(uint32_t(uint16_t(w0)) | uint32_t(uint16_t(w1)) << 16));
 }
 
-#if HWY_TARGET == HWY_AVX3
-// A block's two pixels of one row are the three 16-bit words
-// (b0, g0) (r0, b1) (g1, r1). One permutation of words puts them into
-// 32-bit lanes, one lane per block, as X1 = [b0 g0 g1 r1], another as
-// X2 = [r0 b1 r0 b1]; multiply-adds of byte pairs (unsigned bytes, signed
-// byte weights, one pair per 16-bit lane) give every sum below, exactly.
+#if HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
+// A block's two pixels of one row are the six bytes b0 g0 r0 b1 g1 r1. They
+// are gathered into 32-bit lanes, one lane per block, as X1 = [b0 g0 g1 r1]
+// and X2 = [r0 b1 r0 b1]; multiply-adds of byte pairs (unsigned bytes,
+// signed byte weights, one pair per 16-bit lane) give every sum below,
+// exactly.
 //
 // Luma: with X = 19595 r + 7471 b - 27066 g, Y = g + (X >> 16). Each weight
 // is 256 h + l with h and l signed bytes (r: 77, -117; b: 29, 47;
@@ -168,6 +168,8 @@ static_assert(77 * 256 - 117 == 19595 && 29 * 256 + 47 == 7471 && -106 * 256 + 7
               "luma weights split into signed bytes");
 
 using D32 = hn::ScalableTag<uint32_t>;
+constexpr size_t kVectorBytes = hn::MaxLanes(D8());
+constexpr size_t kBlocks128 = kVectorBytes / 16;
 
 // Four byte weights, w0 in the lowest byte of every 32-bit lane.
 HWY_INLINE V8 byteWeights(int8_t w0, int8_t w1, int8_t w2, int8_t w3)
@@ -176,23 +178,72 @@ HWY_INLINE V8 byteWeights(int8_t w0, int8_t w1, int8_t w2, int8_t w3)
                                                 uint32_t(uint8_t(w2)) << 16 | uint32_t(uint8_t(w3)) << 24));
 }
 
+// The x86 instructions that Highway has no operation for, at each width.
+#if HWY_TARGET == HWY_AVX3
+#  define PIXMILL_X86(name) _mm512_##name
+#elif HWY_TARGET == HWY_AVX2
+#  define PIXMILL_X86(name) _mm256_##name
+#else
+#  define PIXMILL_X86(name) _mm_##name
+#endif
+
 // a0 * w0 + a1 * w1 for each byte pair of `a` (unsigned) and `w` (signed).
-HWY_INLINE VI16 pairMulAdd(V8 a, V8 w) { return VI16{_mm512_maddubs_epi16(a.raw, w.raw)}; }
+HWY_INLINE VI16 pairMulAdd(V8 a, V8 w) { return VI16{PIXMILL_X86(maddubs_epi16)(a.raw, w.raw)}; }
 
 // a0 * w0 + a1 * w1 for each pair of 16-bit lanes, in 32 bits.
-HWY_INLINE VI32 wordMulAdd(VI16 a, VI32 w) { return VI32{_mm512_madd_epi16(a.raw, w.raw)}; }
+HWY_INLINE VI32 wordMulAdd(VI16 a, VI32 w) { return VI32{PIXMILL_X86(madd_epi16)(a.raw, w.raw)}; }
 
-// Words of (lo, hi) picked by 16-bit indices: 0..31 from lo, 32..63 from hi.
-HWY_INLINE V8 pickWords(V8 lo, V16 index, V8 hi) { return V8{_mm512_permutex2var_epi16(lo.raw, index.raw, hi.raw)}; }
+// The bytes of lo, then of hi, narrowed with unsigned (signed) saturation;
+// both work 128-bit block by block.
+HWY_INLINE V8 packBytes(VI16 lo, VI16 hi) { return V8{PIXMILL_X86(packus_epi16)(lo.raw, hi.raw)}; }
+HWY_INLINE V8 packSignedBytes(VI16 lo, VI16 hi) { return V8{PIXMILL_X86(packs_epi16)(lo.raw, hi.raw)}; }
+HWY_INLINE VI16 packWords(VI32 lo, VI32 hi) { return VI16{PIXMILL_X86(packs_epi32)(lo.raw, hi.raw)}; }
 
-// Word indices of X1 (words 3k and 3k + 2 to lane k) and X2 (word 3k + 1
-// twice): blocks 0..15 from (a, b), blocks 16..31 from (b, c).
-struct BgrIndices {
+// Lane k of the result (lanes of d) from lane at[k] of v; nothing moves in a
+// single 128-bit block.
+template <class V, class D, typename T, size_t K>
+HWY_INLINE V reorder(V v, D d, const T (&at)[K])
+{
+    if constexpr (kBlocks128 == 1)
+        return v;
+    else
+        return hn::BitCast(hn::DFromV<V>(), hn::TableLookupLanes(hn::BitCast(d, v), hn::SetTableIndices(d, at)));
+}
+
+// Where the bytes of the packs above go back in order: the 128-bit blocks
+// of the first vector, then those of the second (64-bit lanes); for the
+// chroma, dword j of each block of the narrowed sums of four vectors, block
+// by block.
+struct BgrOrder {
+    int64_t lanes64[2 * kBlocks128];
+    int32_t lanes32[4 * kBlocks128];
+};
+constexpr BgrOrder bgrOrder()
+{
+    BgrOrder t{};
+    for (size_t b = 0; b < kBlocks128; ++b)
+        for (size_t h = 0; h < 2; ++h)
+            t.lanes64[h * kBlocks128 + b] = int64_t(2 * b + h);
+    for (size_t b = 0; b < kBlocks128; ++b)
+        for (size_t j = 0; j < 4; ++j)
+            t.lanes32[j * kBlocks128 + b] = int32_t(4 * b + j);
+    return t;
+}
+alignas(64) constexpr BgrOrder kBgrOrder = bgrOrder();
+
+// Gathering X1 and X2 for the Lanes(D16) / 2 blocks (3 * Lanes(D8) / 2
+// bytes) from `px`.
+#if HWY_TARGET == HWY_AVX3
+// The two pixels are the words (b0, g0) (r0, b1) (g1, r1): one permutation
+// of words over two vectors makes X1 (words 3k and 3k + 2 to lane k),
+// another X2 (word 3k + 1 twice). Blocks 0..15 come from vectors (a, b),
+// blocks 16..31 from (b, c).
+struct BgrGather {
     uint16_t at[4][32];
 };
-constexpr BgrIndices bgrIndices()
+constexpr BgrGather bgrGather()
 {
-    BgrIndices t{};
+    BgrGather t{};
     for (int half = 0; half < 2; ++half)
         for (int k = 0; k < 16; ++k) {
             const int first = 3 * k + 16 * half;
@@ -202,28 +253,61 @@ constexpr BgrIndices bgrIndices()
         }
     return t;
 }
-alignas(64) constexpr BgrIndices kBgrIndices = bgrIndices();
+alignas(64) constexpr BgrGather kBgrGather = bgrGather();
+using Gather = V16;
+
+// Words of (lo, hi) picked by 16-bit indices: 0..31 from lo, 32..63 from hi.
+HWY_INLINE V8 pickWords(V8 lo, V16 index, V8 hi) { return V8{_mm512_permutex2var_epi16(lo.raw, index.raw, hi.raw)}; }
+#else
+// Byte shuffles within 128-bit blocks: block j takes the bytes of its four
+// blocks of pixels, 24 j to 24 j + 23, from the vectors loaded at px
+// (bytes 16 j on) and at px + Lanes(D8) / 2 (bytes Lanes(D8) / 2 + 16 j on);
+// 0x80 makes a zero to be ored with the other shuffle.
+struct BgrGather {
+    uint8_t at[4][kVectorBytes]; // X1 from the first vector, from the second, X2 likewise
+};
+constexpr BgrGather bgrGather()
+{
+    BgrGather t{};
+    constexpr int kOffsets[2][4] = {{0, 1, 4, 5}, {2, 3, 2, 3}};
+    for (int x = 0; x < 2; ++x)
+        for (int p = 0; p < int(kVectorBytes); ++p) {
+            const int block = p / 16, byte = 6 * (p / 4) + kOffsets[x][p % 4];
+            const int inFirst = byte - 16 * block, inSecond = byte - int(kVectorBytes) / 2 - 16 * block;
+            t.at[2 * x][p] = uint8_t(inFirst >= 0 && inFirst < 16 ? inFirst : 0x80);
+            t.at[2 * x + 1][p] = uint8_t(inSecond >= 0 && inSecond < 16 ? inSecond : 0x80);
+        }
+    return t;
+}
+alignas(32) constexpr BgrGather kBgrGather = bgrGather();
+using Gather = V8;
+
+HWY_INLINE V8 pickBytes(V8 first, V8 second, Gather fromFirst, Gather fromSecond)
+{
+    return hn::Or(hn::TableLookupBytesOr0(first, fromFirst), hn::TableLookupBytesOr0(second, fromSecond));
+}
+#endif
 
 struct BgrWeights {
     V8 hi1, hi2, lo1, lo2, middle, ends;
-    V16 index[4];
+    Gather gather[4];
 };
 
 HWY_INLINE BgrWeights bgrWeights()
 {
-    const D16 d;
+    const hn::DFromV<Gather> d;
+    const auto &at = kBgrGather.at;
     return {byteWeights(29, -106, -106, 77),
             byteWeights(77, 0, 0, 29),
             byteWeights(47, 70, 70, -117),
             byteWeights(-117, 0, 0, 47),
             byteWeights(0, 1, 1, 0),
             byteWeights(1, 0, 0, 1),
-            {hn::Load(d, kBgrIndices.at[0]), hn::Load(d, kBgrIndices.at[1]), hn::Load(d, kBgrIndices.at[2]),
-             hn::Load(d, kBgrIndices.at[3])}};
+            {hn::Load(d, at[0]), hn::Load(d, at[1]), hn::Load(d, at[2]), hn::Load(d, at[3])}};
 }
 
-// What one row gives for 16 blocks: the luma of its 32 pixels in 16-bit
-// lanes; in each block's 32-bit lane (g0, g1) and (b0 + b1, r0 + r1).
+// What one row gives for Lanes(D16) / 2 blocks: the luma of its pixels in
+// 16-bit lanes; in each block's 32-bit lane (g0, g1) and (b0 + b1, r0 + r1).
 struct BgrHalf {
     VI16 y, g, br;
 };
@@ -237,17 +321,30 @@ HWY_INLINE BgrHalf bgrHalf(V8 x1, V8 x2, const BgrWeights &w)
     return {y, g, hn::Add(pairMulAdd(x1, w.ends), pairMulAdd(x2, w.middle))};
 }
 
-// One row of 32 blocks (192 bytes): luma stored at y, the sums of each half
-// kept in `half`.
-HWY_INLINE void bgrRow(const uint8_t *px, uint8_t *y, const BgrWeights &w, BgrHalf (&half)[2])
+// One half of a row of Lanes(D16) blocks: blocks `first` to
+// first + Lanes(D16) / 2 - 1 of the row of pixels at px.
+HWY_INLINE BgrHalf bgrHalfAt(const uint8_t *px, size_t first, const BgrWeights &w)
 {
     const D8 d8;
-    const V8 a = hn::LoadU(d8, px), b = hn::LoadU(d8, px + 64), c = hn::LoadU(d8, px + 128);
-    half[0] = bgrHalf(pickWords(a, w.index[0], b), pickWords(a, w.index[1], b), w);
-    half[1] = bgrHalf(pickWords(b, w.index[2], c), pickWords(b, w.index[3], c), w);
-    // Packing works 128-bit lane by lane; the lanes then go in order.
-    const __m512i packed = _mm512_packus_epi16(half[0].y.raw, half[1].y.raw);
-    hn::StoreU(V8{_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), packed)}, d8, y);
+    const size_t N = hn::Lanes(d8);
+#if HWY_TARGET == HWY_AVX3
+    // Blocks 0..15 come from the vectors at px and px + 64, blocks 16..31
+    // from those at px + 64 and px + 128.
+    const size_t k = first == 0 ? 0 : 2;
+    const uint8_t *p = first == 0 ? px : px + N;
+    const V8 a = hn::LoadU(d8, p), b = hn::LoadU(d8, p + N);
+    return bgrHalf(pickWords(a, w.gather[k], b), pickWords(a, w.gather[k + 1], b), w);
+#else
+    const uint8_t *p = px + 6 * first;
+    const V8 a = hn::LoadU(d8, p), b = hn::LoadU(d8, p + N / 2);
+    return bgrHalf(pickBytes(a, b, w.gather[0], w.gather[1]), pickBytes(a, b, w.gather[2], w.gather[3]), w);
+#endif
+}
+
+// The luma of two halves of a row, in order.
+HWY_INLINE void storeLuma(VI16 first, VI16 second, uint8_t *y)
+{
+    hn::StoreU(reorder(packBytes(first, second), hn::Repartition<int64_t, D8>(), kBgrOrder.lanes64), D8(), y);
 }
 
 // Chroma minus 128 of the blocks whose rows gave t and b:
@@ -268,25 +365,32 @@ size_t bgr24Blocks(const uint8_t *top, const uint8_t *bottom, uint8_t *yTop, uin
     // V = 128 + ((32767 SR - 5329 SB - 27439 SG) >> 18).
     const VI32 uBR = weightPair(32767, -11059), uG = weightPair(-21709, -21709);
     const VI32 vBR = weightPair(-5329, 32767), vG = weightPair(-27439, -27439);
-    const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
     const D8 d8;
     const hn::Half<D8> dh;
+    const size_t N = hn::Lanes(D16()); // blocks per step
     size_t i = 0;
-    for (; i + 32 <= blocks; i += 32) {
-        BgrHalf t[2], b[2];
-        bgrRow(top + 6 * i, yTop + 2 * i, w, t);
-        bgrRow(bottom + 6 * i, yBottom + 2 * i, w, b);
-        const __m512i uWords = _mm512_packs_epi32(bgrChroma(t[0], b[0], uBR, uG).raw, bgrChroma(t[1], b[1], uBR, uG).raw);
-        const __m512i vWords = _mm512_packs_epi32(bgrChroma(t[0], b[0], vBR, vG).raw, bgrChroma(t[1], b[1], vBR, vG).raw);
-        // Each 128-bit lane now holds four blocks of U from each half, then
-        // the same of V; the dword shuffle puts U 0..31, then V 0..31.
-        const V8 both = hn::Xor(V8{_mm512_permutexvar_epi32(order, _mm512_packs_epi16(uWords, vWords))},
-                                hn::Set(d8, 0x80));
+    for (; i + N <= blocks; i += N) {
+        VI16 yt[2], yb[2];
+        VI32 uSums[2], vSums[2];
+        for (size_t h = 0; h < 2; ++h) {
+            const BgrHalf t = bgrHalfAt(top + 6 * i, h * N / 2, w), b = bgrHalfAt(bottom + 6 * i, h * N / 2, w);
+            yt[h] = t.y, yb[h] = b.y;
+            uSums[h] = bgrChroma(t, b, uBR, uG);
+            vSums[h] = bgrChroma(t, b, vBR, vG);
+        }
+        storeLuma(yt[0], yt[1], yTop + 2 * i);
+        storeLuma(yb[0], yb[1], yBottom + 2 * i);
+        // Each 128-bit block of the narrowed sums holds four blocks of U from
+        // each half, then the same of V: U 0..N-1 and V 0..N-1 once the
+        // dwords are in order.
+        const VI16 uWords = packWords(uSums[0], uSums[1]), vWords = packWords(vSums[0], vSums[1]);
+        const V8 both = hn::Xor(reorder(packSignedBytes(uWords, vWords), DI32(), kBgrOrder.lanes32), hn::Set(d8, 0x80));
         hn::StoreU(hn::LowerHalf(dh, both), dh, u + i);
         hn::StoreU(hn::UpperHalf(dh, both), dh, v + i);
     }
     return i;
 }
+#undef PIXMILL_X86
 #else
 // Every sum of products is formed exactly in 32-bit lanes by 16-bit
 // multiply-adds of lane pairs: w0 * a + w1 * b for the pair (a, b), the pairs
