@@ -210,10 +210,10 @@ HWY_INLINE V reorder(V v, D d, const T (&at)[K])
         return hn::BitCast(hn::DFromV<V>(), hn::TableLookupLanes(hn::BitCast(d, v), hn::SetTableIndices(d, at)));
 }
 
-// Where the bytes of the packs above go back in order: the 128-bit blocks
-// of the first vector, then those of the second (64-bit lanes); for the
-// chroma, dword j of each block of the narrowed sums of four vectors, block
-// by block.
+// The lane orders that undo the block-by-block packs: for luma, 64-bit lane
+// 0 of every 128-bit block (the first vector's pixels), then lane 1 (the
+// second's); for chroma, packed from four vectors (U of each half, V of
+// each half), 32-bit lane 0 of every block, then lane 1, 2 and 3.
 struct BgrOrder {
     int64_t lanes64[2 * kBlocks128];
     int32_t lanes32[4 * kBlocks128];
