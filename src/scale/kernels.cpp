@@ -4,8 +4,6 @@
 #include "frame/simd.h"
 #include "scale/kernels.h"
 
-#include <cstring>
-
 #include "scale/bilinear_rows-inl.h"
 
 // The kernels work on 16-byte blocks; Highway's one-lane fallback target
@@ -155,54 +153,75 @@ size_t downby2(const uint8_t *top, const uint8_t *bottom, uint8_t *out, size_t n
     return i;
 }
 
+// downto3by3 on eight blocks at a time: their 32 source bytes of a row give
+// the 24 target columns as three vectors of eight, each from one 16-byte load
+// (at 0, 8 and 16) whose bytes are shuffled into the pair of taps of each
+// column: (p0, p1), (p1, p2) and (p3, p2), the nearer tap first. Weighted pair
+// sums fold both axes into one: the outer target rows take (9, 3) of the
+// nearer source row and (3, 1) of the next for the outer columns, (6, 6) and
+// (2, 2) for the middle one, all over 16; the middle target row takes (3, 1)
+// or (2, 2) of each of the two middle source rows, over 8. Doubled, the middle
+// column's weights share the outer columns' shift.
+struct ThirdsTable {
+    uint8_t taps[3][16];
+    uint8_t outer[3][16];
+    uint8_t inner[3][16];
+};
+constexpr ThirdsTable thirdsTable()
+{
+    ThirdsTable t{};
+    for (int v = 0; v < 3; ++v)
+        for (int k = 0; k < 8; ++k) {
+            const int column = 8 * v + k, block = column / 3, place = column % 3;
+            // Source columns from this vector's load, which starts at 8 v.
+            const int first = 4 * block - 8 * v;
+            t.taps[v][2 * k] = static_cast<uint8_t>(first + (place == 2 ? 3 : place));
+            t.taps[v][2 * k + 1] = static_cast<uint8_t>(first + (place == 2 ? 2 : place + 1));
+            t.outer[v][2 * k] = place == 1 ? 6 : 9;
+            t.outer[v][2 * k + 1] = place == 1 ? 6 : 3;
+            t.inner[v][2 * k] = place == 1 ? 2 : 3;
+            t.inner[v][2 * k + 1] = place == 1 ? 2 : 1;
+        }
+    return t;
+}
+alignas(16) constexpr ThirdsTable kThirds = thirdsTable();
+
+// Eight blocks from byte `at` of each source row into the target rows from
+// byte 3 * at / 4 on.
+HWY_INLINE void thirdsGroup(const uint8_t *const s[4], uint8_t *const t[3], size_t at)
+{
+    const hn::FixedTag<uint8_t, 16> d8;
+    const hn::FixedTag<int16_t, 8> d16;
+    const hn::FixedTag<uint8_t, 8> dHalf;
+    hn::Vec<decltype(d16)> rows[3][3];
+    for (int v = 0; v < 3; ++v) {
+        const auto taps = hn::Load(d8, kThirds.taps[v]);
+        const auto outer = hn::Load(d8, kThirds.outer[v]), inner = hn::Load(d8, kThirds.inner[v]);
+        auto pairs = [&](int r) { return hn::TableLookupBytes(hn::LoadU(d8, s[r] + at + 8 * v), taps); };
+        const auto second = filterPairs(pairs(1), inner), third = filterPairs(pairs(2), inner);
+        rows[0][v] = hn::ShiftRight<4>(hn::Add(filterPairs(pairs(0), outer), second));
+        rows[1][v] = hn::ShiftRight<3>(hn::Add(second, third));
+        rows[2][v] = hn::ShiftRight<4>(hn::Add(filterPairs(pairs(3), outer), third));
+    }
+    const size_t to = at / 4 * 3;
+    for (int r = 0; r < 3; ++r) {
+        hn::StoreU(hn::ConcatEven(d8, hn::BitCast(d8, rows[r][1]), hn::BitCast(d8, rows[r][0])), d8, t[r] + to);
+        hn::StoreU(hn::DemoteTo(dHalf, rows[r][2]), dHalf, t[r] + to + 16);
+    }
+}
+
 size_t downto3by3(const uint8_t *const s[4], uint8_t *const t[3], size_t n)
 {
-    // One block per 32-bit lane: its four samples of a row are the lane's bytes.
-    const hn::ScalableTag<uint32_t> d;
-    const hn::Repartition<uint8_t, decltype(d)> d8;
-    const size_t N = hn::Lanes(d);
-    const auto lowByte = hn::Set(d, 0xFF);
-    // Bytes 0, 1, 2 of each lane, packed to the front of each 16-byte block.
-    alignas(16) static constexpr uint8_t kPack[16] = {0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 0, 0, 0, 0};
-    const auto pack = hn::LoadDup128(d8, kPack);
-    HWY_ALIGN uint8_t packed[hn::MaxLanes(d8)];
+    if (n < 8)
+        return 0;
     size_t i = 0;
-    for (; i + N <= n; i += N) {
-        // Per source row, the horizontal sums of the three target columns:
-        // 3 p0 + p1, p1 + p2, 3 p3 + p2.
-        hn::Vec<decltype(d)> left[4], middle[4], right[4];
-        for (int r = 0; r < 4; ++r) {
-            const auto v = hn::BitCast(d, hn::LoadU(d8, s[r] + 4 * i));
-            const auto p0 = hn::And(v, lowByte);
-            const auto p1 = hn::And(hn::ShiftRight<8>(v), lowByte);
-            const auto p2 = hn::And(hn::ShiftRight<16>(v), lowByte);
-            const auto p3 = hn::ShiftRight<24>(v);
-            left[r] = hn::Add(hn::Add(hn::ShiftLeft<1>(p0), p0), p1);
-            middle[r] = hn::Add(p1, p2);
-            right[r] = hn::Add(hn::Add(hn::ShiftLeft<1>(p3), p3), p2);
-        }
-        // Outer target rows: 3/4 of the nearer source row and 1/4 of the
-        // next; the middle one: the two middle rows in equal parts.
-        static constexpr int kNearer[3] = {0, 1, 3}, kFurther[3] = {1, 2, 2};
-        for (int r = 0; r < 3; ++r) {
-            const int a = kNearer[r], b = kFurther[r];
-            hn::Vec<decltype(d)> c0, c1, c2;
-            if (r == 1) {
-                c0 = hn::ShiftRight<3>(hn::Add(left[a], left[b]));
-                c1 = hn::ShiftRight<2>(hn::Add(middle[a], middle[b]));
-                c2 = hn::ShiftRight<3>(hn::Add(right[a], right[b]));
-            } else {
-                c0 = hn::ShiftRight<4>(hn::Add(hn::Add(hn::ShiftLeft<1>(left[a]), left[a]), left[b]));
-                c1 = hn::ShiftRight<3>(hn::Add(hn::Add(hn::ShiftLeft<1>(middle[a]), middle[a]), middle[b]));
-                c2 = hn::ShiftRight<4>(hn::Add(hn::Add(hn::ShiftLeft<1>(right[a]), right[a]), right[b]));
-            }
-            const auto lanes = hn::Or(c0, hn::Or(hn::ShiftLeft<8>(c1), hn::ShiftLeft<16>(c2)));
-            hn::Store(hn::TableLookupBytes(hn::BitCast(d8, lanes), pack), d8, packed);
-            for (size_t block = 0; block < N / 4; ++block)
-                std::memcpy(t[r] + 3 * i + 12 * block, packed + 16 * block, 12);
-        }
-    }
-    return i;
+    for (; i + 8 <= n; i += 8)
+        thirdsGroup(s, t, 4 * i);
+    // The last blocks as one more group that ends at n: it writes some
+    // samples again, with the same values.
+    if (i < n)
+        thirdsGroup(s, t, 4 * (n - 8));
+    return n;
 }
 
 size_t upby2Row(const uint8_t *in, uint8_t *out, size_t n)
