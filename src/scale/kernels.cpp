@@ -186,42 +186,98 @@ constexpr ThirdsTable thirdsTable()
 }
 alignas(16) constexpr ThirdsTable kThirds = thirdsTable();
 
+// The three target rows of the columns whose tap pairs `taps` picks from the
+// loads load(0..3) of the four source rows.
+template <class V8, class Load>
+HWY_INLINE void thirdsColumns(Load load, V8 taps, V8 outer, V8 inner, decltype(filterPairs(taps, taps)) rows[3])
+{
+    auto pairs = [&](int r) { return hn::TableLookupBytes(load(r), taps); };
+    const auto second = filterPairs(pairs(1), inner), third = filterPairs(pairs(2), inner);
+    rows[0] = hn::ShiftRight<4>(hn::Add(filterPairs(pairs(0), outer), second));
+    rows[1] = hn::ShiftRight<3>(hn::Add(second, third));
+    rows[2] = hn::ShiftRight<4>(hn::Add(filterPairs(pairs(3), outer), third));
+}
+
 // Eight blocks from byte `at` of each source row into the target rows from
 // byte 3 * at / 4 on.
 HWY_INLINE void thirdsGroup(const uint8_t *const s[4], uint8_t *const t[3], size_t at)
 {
     const hn::FixedTag<uint8_t, 16> d8;
-    const hn::FixedTag<int16_t, 8> d16;
     const hn::FixedTag<uint8_t, 8> dHalf;
-    hn::Vec<decltype(d16)> rows[3][3];
+    hn::Vec<hn::FixedTag<int16_t, 8>> rows[3][3];
     for (int v = 0; v < 3; ++v) {
-        const auto taps = hn::Load(d8, kThirds.taps[v]);
-        const auto outer = hn::Load(d8, kThirds.outer[v]), inner = hn::Load(d8, kThirds.inner[v]);
-        auto pairs = [&](int r) { return hn::TableLookupBytes(hn::LoadU(d8, s[r] + at + 8 * v), taps); };
-        const auto second = filterPairs(pairs(1), inner), third = filterPairs(pairs(2), inner);
-        rows[0][v] = hn::ShiftRight<4>(hn::Add(filterPairs(pairs(0), outer), second));
-        rows[1][v] = hn::ShiftRight<3>(hn::Add(second, third));
-        rows[2][v] = hn::ShiftRight<4>(hn::Add(filterPairs(pairs(3), outer), third));
+        auto load = [&](int r) { return hn::LoadU(d8, s[r] + at + 8 * v); };
+        thirdsColumns(load, hn::Load(d8, kThirds.taps[v]), hn::Load(d8, kThirds.outer[v]),
+                      hn::Load(d8, kThirds.inner[v]), rows[v]);
     }
     const size_t to = at / 4 * 3;
     for (int r = 0; r < 3; ++r) {
-        hn::StoreU(hn::ConcatEven(d8, hn::BitCast(d8, rows[r][1]), hn::BitCast(d8, rows[r][0])), d8, t[r] + to);
-        hn::StoreU(hn::DemoteTo(dHalf, rows[r][2]), dHalf, t[r] + to + 16);
+        hn::StoreU(hn::ConcatEven(d8, hn::BitCast(d8, rows[1][r]), hn::BitCast(d8, rows[0][r])), d8, t[r] + to);
+        hn::StoreU(hn::DemoteTo(dHalf, rows[2][r]), dHalf, t[r] + to + 16);
     }
 }
 
-size_t downto3by3(const uint8_t *const s[4], uint8_t *const t[3], size_t n)
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
+// Sixteen blocks (two groups of eight) from byte `at` of each source row, in
+// 32-byte vectors whose halves hold the two groups: one source load at 0
+// gives the first group's first and last eight columns, one at 32 the
+// second's, and two 16-byte loads at 8 and 40 their middle eight.
+HWY_INLINE void thirdsGroupPair(const uint8_t *const s[4], uint8_t *const t[3], size_t at)
 {
-    if (n < 8)
+    const hn::FixedTag<uint8_t, 32> d32;
+    const hn::FixedTag<uint8_t, 16> d16;
+    const auto outerTaps = hn::Combine(d32, hn::Load(d16, kThirds.taps[2]), hn::Load(d16, kThirds.taps[0]));
+    const auto outerOuter = hn::Combine(d32, hn::Load(d16, kThirds.outer[2]), hn::Load(d16, kThirds.outer[0]));
+    const auto outerInner = hn::Combine(d32, hn::Load(d16, kThirds.inner[2]), hn::Load(d16, kThirds.inner[0]));
+    const auto middleTaps = hn::Combine(d32, hn::Load(d16, kThirds.taps[1]), hn::Load(d16, kThirds.taps[1]));
+    const auto middleOuter = hn::Combine(d32, hn::Load(d16, kThirds.outer[1]), hn::Load(d16, kThirds.outer[1]));
+    const auto middleInner = hn::Combine(d32, hn::Load(d16, kThirds.inner[1]), hn::Load(d16, kThirds.inner[1]));
+    hn::Vec<hn::FixedTag<int16_t, 16>> first[3], second[3], middle[3];
+    thirdsColumns([&](int r) { return hn::LoadU(d32, s[r] + at); }, outerTaps, outerOuter, outerInner, first);
+    thirdsColumns([&](int r) { return hn::LoadU(d32, s[r] + at + 32); }, outerTaps, outerOuter, outerInner, second);
+    auto middleLoad = [&](int r) {
+        return hn::Combine(d32, hn::LoadU(d16, s[r] + at + 40), hn::LoadU(d16, s[r] + at + 8));
+    };
+    thirdsColumns(middleLoad, middleTaps, middleOuter, middleInner, middle);
+    const size_t to = at / 4 * 3;
+    for (int r = 0; r < 3; ++r) {
+        // 8-byte quarters a0 b0 c0 a1 b1 c1 in target order, from
+        // (a0 b0 c0 b1) and (a1 b0 c1 b1).
+        const __m256i p = _mm256_packus_epi16(first[r].raw, middle[r].raw);
+        const __m256i q = _mm256_packus_epi16(second[r].raw, middle[r].raw);
+        const __m256i c0b1 = _mm256_permute4x64_epi64(p, 0xFA), a1c1 = _mm256_permute4x64_epi64(q, 0xA0);
+        const __m256i tail = _mm256_blend_epi32(c0b1, a1c1, 0xCC);
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(t[r] + to), _mm256_castsi256_si128(p));
+        _mm256_storeu_si256(reinterpret_cast<__m256i *>(t[r] + to + 16), tail);
+    }
+}
+#endif
+
+// n blocks in steps of `size`: whole steps, then one more that ends at n (it
+// writes some samples again, with the same values). 0 when n is below a step.
+template <size_t size, class Step>
+HWY_INLINE size_t blockSteps(size_t n, Step step)
+{
+    if (n < size)
         return 0;
     size_t i = 0;
-    for (; i + 8 <= n; i += 8)
-        thirdsGroup(s, t, 4 * i);
-    // The last blocks as one more group that ends at n: it writes some
-    // samples again, with the same values.
+    for (; i + size <= n; i += size)
+        step(4 * i);
     if (i < n)
-        thirdsGroup(s, t, 4 * (n - 8));
+        step(4 * (n - size));
     return n;
+}
+
+size_t downto3by3(const uint8_t *const rowsIn[4], uint8_t *const rowsOut[3], size_t n)
+{
+    // Local copies: the stores could otherwise alias the row tables.
+    const uint8_t *const s[4] = {rowsIn[0], rowsIn[1], rowsIn[2], rowsIn[3]};
+    uint8_t *const t[3] = {rowsOut[0], rowsOut[1], rowsOut[2]};
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
+    if (const size_t done = blockSteps<16>(n, [&](size_t at) { thirdsGroupPair(s, t, at); }))
+        return done;
+#endif
+    return blockSteps<8>(n, [&](size_t at) { thirdsGroup(s, t, at); });
 }
 
 size_t upby2Row(const uint8_t *in, uint8_t *out, size_t n)
