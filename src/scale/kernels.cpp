@@ -131,23 +131,17 @@ void blendPairRuns(const uint8_t *upper, const uint8_t *lower, int32_t py, const
 
 size_t downby2(const uint8_t *top, const uint8_t *bottom, uint8_t *out, size_t n)
 {
-    // One target sample per 16-bit lane, from the two bytes of a source pair.
-    const hn::ScalableTag<int16_t> d;
-    const hn::RebindToUnsigned<decltype(d)> du;
-    const hn::Repartition<uint8_t, decltype(d)> d8;
+    // One target sample per 16-bit lane, from the two bytes of a source pair:
+    // (9, 3) of the top pair and (3, 1) of the bottom one, over 16.
+    const hn::ScalableTag<uint8_t> d8;
+    const hn::Repartition<int16_t, decltype(d8)> d;
     const hn::Rebind<uint8_t, decltype(d)> dOut;
     const size_t N = hn::Lanes(d);
-    const auto lowByte = hn::Set(d, 0xFF);
+    const auto near = hn::BitCast(d8, hn::Set(d, 0x0309)), far = hn::BitCast(d8, hn::Set(d, 0x0103));
     size_t i = 0;
     for (; i + N <= n; i += N) {
-        const auto t = hn::BitCast(d, hn::LoadU(d8, top + 2 * i));
-        const auto b = hn::BitCast(d, hn::LoadU(d8, bottom + 2 * i));
-        const auto a = hn::And(t, lowByte);
-        const auto c = hn::And(b, lowByte);
-        const auto right = hn::BitCast(d, hn::ShiftRight<8>(hn::BitCast(du, t)));
-        const auto diagonal = hn::BitCast(d, hn::ShiftRight<8>(hn::BitCast(du, b)));
-        const auto inner = hn::Add(hn::Add(hn::Add(hn::ShiftLeft<1>(a), a), right), c);
-        const auto sum = hn::Add(hn::Add(hn::ShiftLeft<1>(inner), inner), diagonal);
+        const auto sum = hn::Add(filterPairs(hn::LoadU(d8, top + 2 * i), near),
+                                 filterPairs(hn::LoadU(d8, bottom + 2 * i), far));
         hn::StoreU(hn::DemoteTo(dOut, hn::ShiftRight<4>(sum)), dOut, out + i);
     }
     return i;
