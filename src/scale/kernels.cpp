@@ -247,18 +247,19 @@ HWY_INLINE void thirdsGroupPair(const uint8_t *const s[4], uint8_t *const t[3], 
 }
 #endif
 
-// n blocks in steps of `size`: whole steps, then one more that ends at n (it
-// writes some samples again, with the same values). 0 when n is below a step.
-template <size_t size, class Step>
-HWY_INLINE size_t blockSteps(size_t n, Step step)
+// n units in steps of `size` from the first: whole steps, then one more that
+// ends at n (it writes some samples again, with the same values). Returns n,
+// or 0 when n is below a step.
+template <class Step>
+HWY_INLINE size_t overlappingSteps(size_t n, size_t size, Step step)
 {
     if (n < size)
         return 0;
     size_t i = 0;
     for (; i + size <= n; i += size)
-        step(4 * i);
+        step(i);
     if (i < n)
-        step(4 * (n - size));
+        step(n - size);
     return n;
 }
 
@@ -268,10 +269,10 @@ size_t downto3by3(const uint8_t *const rowsIn[4], uint8_t *const rowsOut[3], siz
     const uint8_t *const s[4] = {rowsIn[0], rowsIn[1], rowsIn[2], rowsIn[3]};
     uint8_t *const t[3] = {rowsOut[0], rowsOut[1], rowsOut[2]};
 #if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
-    if (const size_t done = blockSteps<16>(n, [&](size_t at) { thirdsGroupPair(s, t, at); }))
+    if (const size_t done = overlappingSteps(n, 16, [&](size_t i) { thirdsGroupPair(s, t, 4 * i); }))
         return done;
 #endif
-    return blockSteps<8>(n, [&](size_t at) { thirdsGroup(s, t, at); });
+    return overlappingSteps(n, 8, [&](size_t i) { thirdsGroup(s, t, 4 * i); });
 }
 
 size_t upby2Row(const uint8_t *in, uint8_t *out, size_t n)
@@ -284,6 +285,23 @@ size_t upby2Row(const uint8_t *in, uint8_t *out, size_t n)
         hn::StoreInterleaved2(a, truncatingAverage(a, hn::LoadU(d, in + k + 1)), d, out + 2 * k);
     }
     return k;
+}
+
+// upby2Rows for N = Lanes(d) samples of `a` and `b` from k on.
+template <class D>
+HWY_INLINE void upby2Pair(D d, const uint8_t *a, const uint8_t *b, uint8_t *even, uint8_t *odd, size_t k)
+{
+    const auto a0 = hn::LoadU(d, a + k), b0 = hn::LoadU(d, b + k);
+    const auto aMid = truncatingAverage(a0, hn::LoadU(d, a + k + 1));
+    const auto bMid = truncatingAverage(b0, hn::LoadU(d, b + k + 1));
+    hn::StoreInterleaved2(a0, aMid, d, even + 2 * k);
+    hn::StoreInterleaved2(truncatingAverage(a0, b0), truncatingAverage(aMid, bMid), d, odd + 2 * k);
+}
+
+size_t upby2Rows(const uint8_t *a, const uint8_t *b, uint8_t *even, uint8_t *odd, size_t n)
+{
+    const hn::ScalableTag<uint8_t> d;
+    return overlappingSteps(n, hn::Lanes(d), [&](size_t k) { upby2Pair(d, a, b, even, odd, k); });
 }
 
 size_t average(const uint8_t *a, const uint8_t *b, uint8_t *out, size_t n)
@@ -326,6 +344,7 @@ constexpr ScaleKernels kScale{{&filterColumns, &blendRows},
                               &downby2,
                               &downto3by3,
                               &upby2Row,
+                              &upby2Rows,
                               &average,
                               &upby4};
 
