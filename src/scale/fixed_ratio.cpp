@@ -155,24 +155,35 @@ void gScalePlane_upby2(const uint8_t *source, uint8_t *target, int32_t sourceWid
     const ptrdiff_t w2 = 2 * static_cast<ptrdiff_t>(sourceWidth);
     const uint8_t *s = cornerOf(source, sourceWidth, srcX, srcY);
     const ScaleKernels *k = scaleKernels();
+    const auto n = static_cast<size_t>(sourceWidth - 1);
     uint8_t *even = target;
+    // Source samples of the odd row below `even` that a kernel has written.
+    size_t oddDone = 0;
     for (int32_t j = 0; j < sourceHeight; ++j, s += sourceWidth, even += 2 * w2) {
-        // Even row: each sample, then its mean with the next; the last one twice.
-        const size_t done = k ? k->upby2Row(s, even, static_cast<size_t>(sourceWidth - 1)) : 0;
+        // Even row: each sample, then its mean with the next; the last one
+        // twice. With a row below, a kernel writes the odd row below it too.
+        const bool below = j + 1 < sourceHeight;
+        size_t done = 0;
+        if (k)
+            done = below ? k->upby2Rows(s, s + sourceWidth, even, even + w2, n) : k->upby2Row(s, even, n);
         uint8_t *t = even + 2 * done;
         for (const uint8_t *p = s + done, *last = s + sourceWidth - 1; p < last; ++p, t += 2) {
             t[0] = p[0];
             t[1] = static_cast<uint8_t>(avg(p[0], p[1]));
         }
         t[0] = t[1] = s[sourceWidth - 1];
-        // The odd row above it: the mean of the two even rows around it.
+        // The rest of the odd row above it: the mean of the two even rows
+        // around it.
         if (j > 0) {
             const uint8_t *above = even - 2 * w2;
             uint8_t *odd = even - w2;
-            const auto x0 = static_cast<ptrdiff_t>(k ? k->average(above, even, odd, static_cast<size_t>(w2)) : 0);
-            for (ptrdiff_t x = x0; x < w2; ++x)
+            auto x = static_cast<ptrdiff_t>(2 * oddDone);
+            if (k)
+                x += static_cast<ptrdiff_t>(k->average(above + x, even + x, odd + x, static_cast<size_t>(w2 - x)));
+            for (; x < w2; ++x)
                 odd[x] = static_cast<uint8_t>(avg(above[x], even[x]));
         }
+        oddDone = below ? done : 0;
     }
     // The last row repeats the one above it.
     std::memcpy(even - w2, even - 2 * w2, static_cast<size_t>(w2));

@@ -4,8 +4,6 @@
 #include "frame/simd.h"
 #include "scale/kernels.h"
 
-#include <cstring>
-
 #include "scale/bilinear_rows-inl.h"
 
 // The kernels work on 16-byte blocks; Highway's one-lane fallback target
@@ -133,76 +131,148 @@ void blendPairRuns(const uint8_t *upper, const uint8_t *lower, int32_t py, const
 
 size_t downby2(const uint8_t *top, const uint8_t *bottom, uint8_t *out, size_t n)
 {
-    // One target sample per 16-bit lane, from the two bytes of a source pair.
-    const hn::ScalableTag<int16_t> d;
-    const hn::RebindToUnsigned<decltype(d)> du;
-    const hn::Repartition<uint8_t, decltype(d)> d8;
+    // One target sample per 16-bit lane, from the two bytes of a source pair:
+    // (9, 3) of the top pair and (3, 1) of the bottom one, over 16.
+    const hn::ScalableTag<uint8_t> d8;
+    const hn::Repartition<int16_t, decltype(d8)> d;
     const hn::Rebind<uint8_t, decltype(d)> dOut;
     const size_t N = hn::Lanes(d);
-    const auto lowByte = hn::Set(d, 0xFF);
+    const auto near = hn::BitCast(d8, hn::Set(d, 0x0309)), far = hn::BitCast(d8, hn::Set(d, 0x0103));
     size_t i = 0;
     for (; i + N <= n; i += N) {
-        const auto t = hn::BitCast(d, hn::LoadU(d8, top + 2 * i));
-        const auto b = hn::BitCast(d, hn::LoadU(d8, bottom + 2 * i));
-        const auto a = hn::And(t, lowByte);
-        const auto c = hn::And(b, lowByte);
-        const auto right = hn::BitCast(d, hn::ShiftRight<8>(hn::BitCast(du, t)));
-        const auto diagonal = hn::BitCast(d, hn::ShiftRight<8>(hn::BitCast(du, b)));
-        const auto inner = hn::Add(hn::Add(hn::Add(hn::ShiftLeft<1>(a), a), right), c);
-        const auto sum = hn::Add(hn::Add(hn::ShiftLeft<1>(inner), inner), diagonal);
+        const auto sum = hn::Add(filterPairs(hn::LoadU(d8, top + 2 * i), near),
+                                 filterPairs(hn::LoadU(d8, bottom + 2 * i), far));
         hn::StoreU(hn::DemoteTo(dOut, hn::ShiftRight<4>(sum)), dOut, out + i);
     }
     return i;
 }
 
-size_t downto3by3(const uint8_t *const s[4], uint8_t *const t[3], size_t n)
+// downto3by3 on eight blocks at a time: their 32 source bytes of a row give
+// the 24 target columns as three vectors of eight, each from one 16-byte load
+// (at 0, 8 and 16) whose bytes are shuffled into the pair of taps of each
+// column: (p0, p1), (p1, p2) and (p3, p2), the nearer tap first. Weighted pair
+// sums fold both axes into one: the outer target rows take (9, 3) of the
+// nearer source row and (3, 1) of the next for the outer columns, (6, 6) and
+// (2, 2) for the middle one, all over 16; the middle target row takes (3, 1)
+// or (2, 2) of each of the two middle source rows, over 8. Doubled, the middle
+// column's weights share the outer columns' shift.
+struct ThirdsTable {
+    uint8_t taps[3][16];
+    uint8_t outer[3][16];
+    uint8_t inner[3][16];
+};
+constexpr ThirdsTable thirdsTable()
 {
-    // One block per 32-bit lane: its four samples of a row are the lane's bytes.
-    const hn::ScalableTag<uint32_t> d;
-    const hn::Repartition<uint8_t, decltype(d)> d8;
-    const size_t N = hn::Lanes(d);
-    const auto lowByte = hn::Set(d, 0xFF);
-    // Bytes 0, 1, 2 of each lane, packed to the front of each 16-byte block.
-    alignas(16) static constexpr uint8_t kPack[16] = {0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 0, 0, 0, 0};
-    const auto pack = hn::LoadDup128(d8, kPack);
-    HWY_ALIGN uint8_t packed[hn::MaxLanes(d8)];
-    size_t i = 0;
-    for (; i + N <= n; i += N) {
-        // Per source row, the horizontal sums of the three target columns:
-        // 3 p0 + p1, p1 + p2, 3 p3 + p2.
-        hn::Vec<decltype(d)> left[4], middle[4], right[4];
-        for (int r = 0; r < 4; ++r) {
-            const auto v = hn::BitCast(d, hn::LoadU(d8, s[r] + 4 * i));
-            const auto p0 = hn::And(v, lowByte);
-            const auto p1 = hn::And(hn::ShiftRight<8>(v), lowByte);
-            const auto p2 = hn::And(hn::ShiftRight<16>(v), lowByte);
-            const auto p3 = hn::ShiftRight<24>(v);
-            left[r] = hn::Add(hn::Add(hn::ShiftLeft<1>(p0), p0), p1);
-            middle[r] = hn::Add(p1, p2);
-            right[r] = hn::Add(hn::Add(hn::ShiftLeft<1>(p3), p3), p2);
+    ThirdsTable t{};
+    for (int v = 0; v < 3; ++v)
+        for (int k = 0; k < 8; ++k) {
+            const int column = 8 * v + k, block = column / 3, place = column % 3;
+            // Source columns from this vector's load, which starts at 8 v.
+            const int first = 4 * block - 8 * v;
+            t.taps[v][2 * k] = static_cast<uint8_t>(first + (place == 2 ? 3 : place));
+            t.taps[v][2 * k + 1] = static_cast<uint8_t>(first + (place == 2 ? 2 : place + 1));
+            t.outer[v][2 * k] = place == 1 ? 6 : 9;
+            t.outer[v][2 * k + 1] = place == 1 ? 6 : 3;
+            t.inner[v][2 * k] = place == 1 ? 2 : 3;
+            t.inner[v][2 * k + 1] = place == 1 ? 2 : 1;
         }
-        // Outer target rows: 3/4 of the nearer source row and 1/4 of the
-        // next; the middle one: the two middle rows in equal parts.
-        static constexpr int kNearer[3] = {0, 1, 3}, kFurther[3] = {1, 2, 2};
-        for (int r = 0; r < 3; ++r) {
-            const int a = kNearer[r], b = kFurther[r];
-            hn::Vec<decltype(d)> c0, c1, c2;
-            if (r == 1) {
-                c0 = hn::ShiftRight<3>(hn::Add(left[a], left[b]));
-                c1 = hn::ShiftRight<2>(hn::Add(middle[a], middle[b]));
-                c2 = hn::ShiftRight<3>(hn::Add(right[a], right[b]));
-            } else {
-                c0 = hn::ShiftRight<4>(hn::Add(hn::Add(hn::ShiftLeft<1>(left[a]), left[a]), left[b]));
-                c1 = hn::ShiftRight<3>(hn::Add(hn::Add(hn::ShiftLeft<1>(middle[a]), middle[a]), middle[b]));
-                c2 = hn::ShiftRight<4>(hn::Add(hn::Add(hn::ShiftLeft<1>(right[a]), right[a]), right[b]));
-            }
-            const auto lanes = hn::Or(c0, hn::Or(hn::ShiftLeft<8>(c1), hn::ShiftLeft<16>(c2)));
-            hn::Store(hn::TableLookupBytes(hn::BitCast(d8, lanes), pack), d8, packed);
-            for (size_t block = 0; block < N / 4; ++block)
-                std::memcpy(t[r] + 3 * i + 12 * block, packed + 16 * block, 12);
-        }
+    return t;
+}
+alignas(16) constexpr ThirdsTable kThirds = thirdsTable();
+
+// The three target rows of the columns whose tap pairs `taps` picks from the
+// loads load(0..3) of the four source rows.
+template <class V8, class Load>
+HWY_INLINE void thirdsColumns(Load load, V8 taps, V8 outer, V8 inner, decltype(filterPairs(taps, taps)) rows[3])
+{
+    auto pairs = [&](int r) { return hn::TableLookupBytes(load(r), taps); };
+    const auto second = filterPairs(pairs(1), inner), third = filterPairs(pairs(2), inner);
+    rows[0] = hn::ShiftRight<4>(hn::Add(filterPairs(pairs(0), outer), second));
+    rows[1] = hn::ShiftRight<3>(hn::Add(second, third));
+    rows[2] = hn::ShiftRight<4>(hn::Add(filterPairs(pairs(3), outer), third));
+}
+
+// Eight blocks from byte `at` of each source row into the target rows from
+// byte 3 * at / 4 on.
+HWY_INLINE void thirdsGroup(const uint8_t *const s[4], uint8_t *const t[3], size_t at)
+{
+    const hn::FixedTag<uint8_t, 16> d8;
+    const hn::FixedTag<uint8_t, 8> dHalf;
+    hn::Vec<hn::FixedTag<int16_t, 8>> rows[3][3];
+    for (int v = 0; v < 3; ++v) {
+        auto load = [&](int r) { return hn::LoadU(d8, s[r] + at + 8 * v); };
+        thirdsColumns(load, hn::Load(d8, kThirds.taps[v]), hn::Load(d8, kThirds.outer[v]),
+                      hn::Load(d8, kThirds.inner[v]), rows[v]);
     }
-    return i;
+    const size_t to = at / 4 * 3;
+    for (int r = 0; r < 3; ++r) {
+        hn::StoreU(hn::ConcatEven(d8, hn::BitCast(d8, rows[1][r]), hn::BitCast(d8, rows[0][r])), d8, t[r] + to);
+        hn::StoreU(hn::DemoteTo(dHalf, rows[2][r]), dHalf, t[r] + to + 16);
+    }
+}
+
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
+// Sixteen blocks (two groups of eight) from byte `at` of each source row, in
+// 32-byte vectors whose halves hold the two groups: one source load at 0
+// gives the first group's first and last eight columns, one at 32 the
+// second's, and two 16-byte loads at 8 and 40 their middle eight.
+HWY_INLINE void thirdsGroupPair(const uint8_t *const s[4], uint8_t *const t[3], size_t at)
+{
+    const hn::FixedTag<uint8_t, 32> d32;
+    const hn::FixedTag<uint8_t, 16> d16;
+    const auto outerTaps = hn::Combine(d32, hn::Load(d16, kThirds.taps[2]), hn::Load(d16, kThirds.taps[0]));
+    const auto outerOuter = hn::Combine(d32, hn::Load(d16, kThirds.outer[2]), hn::Load(d16, kThirds.outer[0]));
+    const auto outerInner = hn::Combine(d32, hn::Load(d16, kThirds.inner[2]), hn::Load(d16, kThirds.inner[0]));
+    const auto middleTaps = hn::Combine(d32, hn::Load(d16, kThirds.taps[1]), hn::Load(d16, kThirds.taps[1]));
+    const auto middleOuter = hn::Combine(d32, hn::Load(d16, kThirds.outer[1]), hn::Load(d16, kThirds.outer[1]));
+    const auto middleInner = hn::Combine(d32, hn::Load(d16, kThirds.inner[1]), hn::Load(d16, kThirds.inner[1]));
+    hn::Vec<hn::FixedTag<int16_t, 16>> first[3], second[3], middle[3];
+    thirdsColumns([&](int r) { return hn::LoadU(d32, s[r] + at); }, outerTaps, outerOuter, outerInner, first);
+    thirdsColumns([&](int r) { return hn::LoadU(d32, s[r] + at + 32); }, outerTaps, outerOuter, outerInner, second);
+    auto middleLoad = [&](int r) {
+        return hn::Combine(d32, hn::LoadU(d16, s[r] + at + 40), hn::LoadU(d16, s[r] + at + 8));
+    };
+    thirdsColumns(middleLoad, middleTaps, middleOuter, middleInner, middle);
+    const size_t to = at / 4 * 3;
+    for (int r = 0; r < 3; ++r) {
+        // 8-byte quarters a0 b0 c0 a1 b1 c1 in target order, from
+        // (a0 b0 c0 b1) and (a1 b0 c1 b1).
+        const __m256i p = _mm256_packus_epi16(first[r].raw, middle[r].raw);
+        const __m256i q = _mm256_packus_epi16(second[r].raw, middle[r].raw);
+        const __m256i c0b1 = _mm256_permute4x64_epi64(p, 0xFA), a1c1 = _mm256_permute4x64_epi64(q, 0xA0);
+        const __m256i tail = _mm256_blend_epi32(c0b1, a1c1, 0xCC);
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(t[r] + to), _mm256_castsi256_si128(p));
+        _mm256_storeu_si256(reinterpret_cast<__m256i *>(t[r] + to + 16), tail);
+    }
+}
+#endif
+
+// n units in steps of `size` from the first: whole steps, then one more that
+// ends at n (it writes some samples again, with the same values). Returns n,
+// or 0 when n is below a step.
+template <class Step>
+HWY_INLINE size_t overlappingSteps(size_t n, size_t size, Step step)
+{
+    if (n < size)
+        return 0;
+    size_t i = 0;
+    for (; i + size <= n; i += size)
+        step(i);
+    if (i < n)
+        step(n - size);
+    return n;
+}
+
+size_t downto3by3(const uint8_t *const rowsIn[4], uint8_t *const rowsOut[3], size_t n)
+{
+    // Local copies: the stores could otherwise alias the row tables.
+    const uint8_t *const s[4] = {rowsIn[0], rowsIn[1], rowsIn[2], rowsIn[3]};
+    uint8_t *const t[3] = {rowsOut[0], rowsOut[1], rowsOut[2]};
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
+    if (const size_t done = overlappingSteps(n, 16, [&](size_t i) { thirdsGroupPair(s, t, 4 * i); }))
+        return done;
+#endif
+    return overlappingSteps(n, 8, [&](size_t i) { thirdsGroup(s, t, 4 * i); });
 }
 
 size_t upby2Row(const uint8_t *in, uint8_t *out, size_t n)
@@ -215,6 +285,23 @@ size_t upby2Row(const uint8_t *in, uint8_t *out, size_t n)
         hn::StoreInterleaved2(a, truncatingAverage(a, hn::LoadU(d, in + k + 1)), d, out + 2 * k);
     }
     return k;
+}
+
+// upby2Rows for N = Lanes(d) samples of `a` and `b` from k on.
+template <class D>
+HWY_INLINE void upby2Pair(D d, const uint8_t *a, const uint8_t *b, uint8_t *even, uint8_t *odd, size_t k)
+{
+    const auto a0 = hn::LoadU(d, a + k), b0 = hn::LoadU(d, b + k);
+    const auto aMid = truncatingAverage(a0, hn::LoadU(d, a + k + 1));
+    const auto bMid = truncatingAverage(b0, hn::LoadU(d, b + k + 1));
+    hn::StoreInterleaved2(a0, aMid, d, even + 2 * k);
+    hn::StoreInterleaved2(truncatingAverage(a0, b0), truncatingAverage(aMid, bMid), d, odd + 2 * k);
+}
+
+size_t upby2Rows(const uint8_t *a, const uint8_t *b, uint8_t *even, uint8_t *odd, size_t n)
+{
+    const hn::ScalableTag<uint8_t> d;
+    return overlappingSteps(n, hn::Lanes(d), [&](size_t k) { upby2Pair(d, a, b, even, odd, k); });
 }
 
 size_t average(const uint8_t *a, const uint8_t *b, uint8_t *out, size_t n)
@@ -257,6 +344,7 @@ constexpr ScaleKernels kScale{{&filterColumns, &blendRows},
                               &downby2,
                               &downto3by3,
                               &upby2Row,
+                              &upby2Rows,
                               &average,
                               &upby4};
 

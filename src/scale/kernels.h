@@ -64,6 +64,9 @@ struct ScaleKernels {
     // upby2 even row: out[2k] = in[k], out[2k + 1] = avg(in[k], in[k + 1]),
     // for k below n; in[n] is read.
     size_t (*upby2Row)(const uint8_t *in, uint8_t *out, size_t n);
+    // upby2 row pair: the even row of `a` into `even` as upby2Row does, and
+    // at each column the mean of it and the even row of `b` into `odd`.
+    size_t (*upby2Rows)(const uint8_t *a, const uint8_t *b, uint8_t *even, uint8_t *odd, size_t n);
     // out[i] = avg(a[i], b[i]).
     size_t (*average)(const uint8_t *a, const uint8_t *b, uint8_t *out, size_t n);
     // upby4: n 4x4 target blocks from the source samples top[0..n] and
