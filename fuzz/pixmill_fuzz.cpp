@@ -16,7 +16,7 @@
 #include <random>
 
 #include "pixmill.h"
-#include "support/page_buffer.h"
+#include "support/buffers.h"
 
 namespace {
 
@@ -25,7 +25,7 @@ size_t area(int64_t w, int64_t h) { return size_t(std::max<int64_t>(w, 0)) * siz
 // In bytes: the usable area is [off, off + size) of `mem`, which holds orig.size() bytes on the heap or in `pages`;
 // of it, columns [x, x + w) of rows [y, y + h) may change, counted from `off` in rows of `stride` bytes.
 struct Buf {
-    std::shared_ptr<pixmill::test::PageBuffer<uint8_t>> pages;
+    std::shared_ptr<pixmill::test::PageBuffer> pages;
     std::vector<uint8_t> heap, orig;
     uint8_t *mem;
     int64_t off, size, stride, w, x = 0, y = 0, h = 1;
@@ -62,13 +62,13 @@ struct Case {
         const auto len = size_t(off + size + (target ? 16 * int64_t(sizeof(T)) : 0));
         Buf b{nullptr, {}, {}, nullptr, off, size, size + 1, size * target};
         if (!target && rng() % 4 == 0) {
-            b.pages = std::make_shared<pixmill::test::PageBuffer<uint8_t>>(len, pixmill::test::PageSide::End, rng());
+            b.pages = std::make_shared<pixmill::test::PageBuffer>(len, pixmill::test::PageSide::End);
             b.mem = b.pages->data();
         } else {
             b.heap.resize(std::max<size_t>(len, 1));
-            std::generate(b.heap.begin(), b.heap.end(), [this] { return uint8_t(rng()); });
             b.mem = b.heap.data();
         }
+        std::generate(b.mem, b.mem + len, [this] { return uint8_t(rng()); });
         b.orig.assign(b.mem, b.mem + len);
         bufs.push_back(std::move(b));
         return reinterpret_cast<T *>(bufs.back().mem + off);

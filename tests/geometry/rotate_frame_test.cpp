@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "pixmill.h"
-#include "support/case_buffer.h"
+#include "support/buffers.h"
 #include "support/geometry_model.h"
 
 namespace {
@@ -43,12 +43,12 @@ TEST(RotateFrame, MatchesModelOnRandomFrames)
             // served sizes is exactly the plane size; for luma alone they are
             // empty and the record's u and v null.
             const size_t chroma = shift < 0 ? 0 : size_t(w) * size_t(h) >> shift;
-            CaseFrame in(w, h, chroma, rng), out(turn ? h : w, turn ? w : h, chroma, rng);
-            Frame src = in.frame, dst = out.frame;
+            TestFrame in(w, h, chroma, rng), out(turn ? h : w, turn ? w : h, chroma, rng);
+            Frame src = in.frame(), dst = out.frame();
             if (shift < 0)
                 src.u = src.v = dst.u = dst.v = nullptr;
             const Frame record = dst;
-            const CaseBuffer<uint8_t> *was = code == 0 ? in.planes : out.planes;
+            const Guarded<uint8_t> *was = code == 0 ? in.planes : out.planes;
             std::vector<uint8_t> want[3] = {was[0].initial(), was[1].initial(), was[2].initial()};
             uint8_t *lumaOnly[1] = {dst.y}; // luma alone gets a record that holds nothing but y
             rotate(&src, shift < 0 ? reinterpret_cast<const Frame *>(lumaOnly) : &dst, code);
@@ -57,7 +57,7 @@ TEST(RotateFrame, MatchesModelOnRandomFrames)
             ASSERT_TRUE(in.untouched() && out.intact());
             const bool model = code != 0 && code <= 3 && w % 2 == 0 && (h % 2 == 0 || halfTurn422);
             for (int i = 0; i < (shift < 0 ? 1 : 3); ++i) {
-                const CaseBuffer<uint8_t> &plane = in.planes[i];
+                const Guarded<uint8_t> &plane = in.planes[i];
                 const int32_t pw = i == 0 ? w : w >> 1, ph = i == 0 || shift == 1 ? h : h >> 1;
                 // 4:2:2 chroma under a quarter turn: sample (c, 2k) lands in column
                 // (h >> 1) - 1 - k of rows 2c and 2c + 1 (ROTATE_90), in column k

@@ -7,7 +7,6 @@
 
 #include "pixmill.h"
 #include "support/bilinear_model.h"
-#include "support/frames.h"
 
 namespace {
 
@@ -41,15 +40,13 @@ TEST_P(ScaleFrame, MatchesPlaneModelOnRandomFrames)
             gScaleCroppedFrame(s.get(), &t.frame(), uint32_t(k.x), uint32_t(k.y), uint16_t(k.w), uint16_t(k.h));
         else
             gScaleCroppedFrameYUV422(s.get(), &t.frame(), uint32_t(k.x), uint32_t(k.y), uint16_t(k.w), uint16_t(k.h));
-        Guarded<uint8_t> *src[3] = {&s.yPlane(), &s.uPlane(), &s.vPlane()};
-        Guarded<uint8_t> *dst[3] = {&t.yPlane(), &t.uPlane(), &t.vPlane()};
         for (int p = 0; p < 3; ++p) {
             // Chroma halves the horizontal quantities and, in 4:2:0, the vertical ones.
             const int hx = p ? 1 : 0, hy = p ? rowShift : 0;
             const ScaleCase c{k.sw >> hx, k.sh >> hy, k.dw >> hx, k.dh >> hy,
                               k.x >> hx,  k.y >> hy,  k.w >> hx,  k.h >> hy};
             const bool skipped = nulled % 3 == p;
-            ASSERT_TRUE(written(*dst[p], skipped ? std::vector<uint8_t>() : modelScalePlane(src[p]->data(), c), c.dw))
+            ASSERT_TRUE(written(t.planes[p], skipped ? std::vector<uint8_t>() : modelScalePlane(s.planes[p].data(), c), c.dw))
                 << "plane " << p;
         }
         ASSERT_TRUE(s.untouched());

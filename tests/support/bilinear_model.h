@@ -13,7 +13,7 @@
 #include <ostream>
 #include <vector>
 
-#include "support/guarded.h"
+#include "support/buffers.h"
 
 namespace pixmill::test {
 

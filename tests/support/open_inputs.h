@@ -12,54 +12,26 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 #include <vector>
 
 #include "pixmill.h"
-#include "support/page_buffer.h"
-#include "support/random.h"
-
-#if defined(__SANITIZE_ADDRESS__)
-#  define PIXMILL_TEST_ASAN 1
-#elif defined(__has_feature)
-#  if __has_feature(address_sanitizer)
-#    define PIXMILL_TEST_ASAN 1
-#  endif
-#endif
-#ifdef PIXMILL_TEST_ASAN
-#  include <sanitizer/asan_interface.h>
-#endif
+#include "support/buffers.h"
 
 namespace pixmill::test {
 
 class ExactBuffers {
 public:
-    static constexpr size_t kGuard = 64;
-
     explicit ExactBuffers(Random &rng) : rng_(rng) {}
-    ExactBuffers(const ExactBuffers &) = delete;
-    ExactBuffers &operator=(const ExactBuffers &) = delete;
-    ~ExactBuffers()
-    {
-        for (const Block &b : blocks_)
-            fence(b, false);
-    }
 
-    // `count` elements of random contents.
+    // `count` elements of random contents, against a page at the end (or,
+    // one time in four, at the start).
     template <class T = uint8_t>
     T *get(size_t count)
     {
-        const size_t size = count * sizeof(T);
-        const bool atEnd = rng_.range(0, 3) != 0;
-        Block b{size, atEnd ? kGuard : 0, atEnd ? 0 : size,
-                std::make_unique<PageBuffer<uint8_t>>(size + kGuard, atEnd ? PageSide::End : PageSide::Start,
-                                                      rng_.word()),
-                {}};
-        b.orig.assign(b.mem(), b.mem() + size + kGuard);
-        blocks_.push_back(std::move(b));
-        fence(blocks_.back(), true);
-        return reinterpret_cast<T *>(blocks_.back().data());
+        const Placement side = rng_.range(0, 3) ? Placement::PageEnd : Placement::PageStart;
+        blocks_.push_back(std::make_unique<Guarded<uint8_t>>(count * sizeof(T), 0, rng_.word(), side));
+        return reinterpret_cast<T *>(blocks_.back()->data());
     }
 
     // A record of w x h (cut to 16 bits) over planes of `luma` (by default
@@ -69,69 +41,36 @@ public:
         uint8_t *y = get(size_t(luma < 0 ? w * h : luma)), *u = get(chroma), *v = get(chroma);
         Frame *f = get<Frame>(1);
         *f = Frame{y, u, v, uint16_t(w), uint16_t(h), rng_.word()};
-        snapshot();
+        blocks_.back()->snapshot();
         return f;
     }
 
-    // The current contents become the reference.
-    void snapshot()
-    {
-        for (Block &b : blocks_)
-            std::memcpy(b.orig.data() + b.offset, b.data(), b.size);
-    }
     bool guardsIntact() const
     {
-        for (const Block &b : blocks_)
-            if (!same(b, b.guard, kGuard))
+        for (const auto &b : blocks_)
+            if (!b->intact())
                 return false;
         return true;
     }
     // Nothing changed in the buffer that starts at p, or in any buffer.
     bool unchanged(const void *p) const
     {
-        for (const Block &b : blocks_)
-            if (b.data() == p)
-                return same(b, 0, b.size + kGuard);
+        for (const auto &b : blocks_)
+            if (b->data() == p)
+                return b->untouched();
         return false;
     }
     bool unchanged() const
     {
-        for (const Block &b : blocks_)
-            if (!same(b, 0, b.size + kGuard))
+        for (const auto &b : blocks_)
+            if (!b->untouched())
                 return false;
         return true;
     }
 
 private:
-    // The usable bytes start at `offset` of the page buffer's and the guard
-    // bytes at `guard`.
-    struct Block {
-        size_t size, offset, guard;
-        std::unique_ptr<PageBuffer<uint8_t>> pages;
-        std::vector<uint8_t> orig;
-        uint8_t *mem() const { return pages->data(); }
-        uint8_t *data() const { return mem() + offset; }
-    };
-    // Bytes [from, from + n) of the block, guards included, as remembered.
-    static bool same(const Block &b, size_t from, size_t n)
-    {
-        fence(b, false);
-        const bool equal = std::memcmp(b.mem() + from, b.orig.data() + from, n) == 0;
-        fence(b, true);
-        return equal;
-    }
-    static void fence(const Block &b, bool on)
-    {
-#ifdef PIXMILL_TEST_ASAN
-        uint8_t *g = b.mem() + b.guard;
-        on ? ASAN_POISON_MEMORY_REGION(g, kGuard) : ASAN_UNPOISON_MEMORY_REGION(g, kGuard);
-#else
-        (void)b, (void)on;
-#endif
-    }
-
     Random &rng_;
-    std::vector<Block> blocks_;
+    std::vector<std::unique_ptr<Guarded<uint8_t>>> blocks_;
 };
 
 // What one call past the contract must show: its result, the one expected,
