@@ -20,7 +20,7 @@
 
 namespace {
 
-size_t area(int64_t w, int64_t h) { return size_t(std::max<int64_t>(w, 0)) * size_t(std::max<int64_t>(h, 0)); }
+using pixmill::test::area;
 
 // In bytes: the usable area is [off, off + size) of `mem`, which holds orig.size() bytes on the heap or in `pages`;
 // of it, columns [x, x + w) of rows [y, y + h) may change, counted from `off` in rows of `stride` bytes.

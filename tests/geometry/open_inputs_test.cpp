@@ -14,8 +14,6 @@ namespace {
 
 using namespace pixmill::test;
 
-size_t area(int64_t w, int64_t h) { return size_t(std::max<int64_t>(w, 0)) * size_t(std::max<int64_t>(h, 0)); }
-
 // Whole-frame turn of `kind` (0: 4:2:0, 1: 4:2:2, 2: luma) between two
 // frames of w x h whose chroma planes hold `chroma` samples each.
 void turnFrame(ExactBuffers &b, int32_t kind, int32_t w, int32_t h, size_t chroma, uint32_t code,

@@ -14,8 +14,6 @@ namespace {
 
 using namespace pixmill::test;
 
-size_t area(int64_t w, int64_t h) { return size_t(std::max<int64_t>(w, 0)) * size_t(std::max<int64_t>(h, 0)); }
-
 // Free-ratio frame scaling of `op` (0: whole, 1: cropped, 2: cropped 4:2:2)
 // between exact frames.
 void scaleFrame(ExactBuffers &b, int32_t op, int32_t W, int32_t H, int32_t TW, int32_t TH, uint32_t x, uint32_t y,

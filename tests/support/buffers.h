@@ -9,6 +9,7 @@
 #ifndef PIXMILL_TEST_BUFFERS_H
 #define PIXMILL_TEST_BUFFERS_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -247,6 +248,9 @@ inline void everyChromaPair(TestFrame &f)
     f.planes[1].snapshot();
     f.planes[2].snapshot();
 }
+
+// Samples in a w x h plane; none for a negative side.
+inline size_t area(int64_t w, int64_t h) { return size_t(std::max<int64_t>(w, 0)) * size_t(std::max<int64_t>(h, 0)); }
 
 // x >> bits on a signed value, rounding towards minus infinity, without >>.
 inline int floorShift(int64_t x, int bits)

@@ -13,8 +13,6 @@ namespace {
 
 using namespace pixmill::test;
 
-size_t area(int64_t w, int64_t h) { return size_t(std::max<int64_t>(w, 0)) * size_t(std::max<int64_t>(h, 0)); }
-
 const OpenInput kOpenInputs[] = {
     {"gEmRGB565toYUV420: an odd frame, an image past the frame, a width under 2, no rows",
      [](ExactBuffers &b, Random &rng) {
