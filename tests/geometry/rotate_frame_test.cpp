@@ -39,10 +39,11 @@ TEST(RotateFrame, MatchesModelOnRandomFrames)
             const int32_t h = randomSide(rng, n, w > 130 ? 40 : 2000) & (halfTurn422 ? ~0 : even);
             SCOPED_TRACE(::testing::Message() << "shift " << shift << ", case " << n << ": " << w << "x" << h
                                               << ", code " << code);
-            // Chroma planes have the byte count of the block copy, which at the
-            // served sizes is exactly the plane size; for luma alone they are
-            // empty and the record's u and v null.
-            const size_t chroma = shift < 0 ? 0 : size_t(w) * size_t(h) >> shift;
+            // Chroma planes have the byte count of the plain copy, (W * H) >> 2
+            // or >> 1, more than the plane at odd sizes; of a turn, exactly the
+            // plane's. For luma alone they are empty and the record's u and v null.
+            const size_t chroma = shift < 0 ? 0 : code == 0 ? size_t(w) * size_t(h) >> shift
+                                                            : size_t(w >> 1) * size_t(shift == 1 ? h : h >> 1);
             TestFrame in(w, h, chroma, rng), out(turn ? h : w, turn ? w : h, chroma, rng);
             Frame src = in.frame(), dst = out.frame();
             if (shift < 0)

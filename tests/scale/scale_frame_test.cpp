@@ -1,6 +1,7 @@
 // Frame scalers against the plane model, applied per plane with the sizes and
 // rectangles each layout derives for chroma, on random frames, crops, ratios
-// and null planes; every plane and its guards are checked.
+// and null planes; every plane and its guards are checked, and two frames in
+// three lie against an inaccessible page.
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -27,8 +28,9 @@ TEST_P(ScaleFrame, MatchesPlaneModelOnRandomFrames)
         if (op == Op::Whole)
             k = {k.sw, k.sh, k.dw, k.dh, 0, 0, k.sw, k.sh};
         SCOPED_TRACE(::testing::Message() << "case " << i << ": " << k);
-        TestFrame s(k.sw, k.sh, layout, rng, size_t(rng.range(0, 3)));
-        TestFrame t(k.dw, k.dh, layout, rng, size_t(rng.range(0, 3)));
+        const Placement where = Placement(rng.range(0, 2));
+        TestFrame s(k.sw, k.sh, layout, rng, size_t(rng.range(0, 3)), where);
+        TestFrame t(k.dw, k.dh, layout, rng, size_t(rng.range(0, 3)), where);
         // Now and then one plane of either frame is null: that plane alone is skipped.
         const int nulled = rng.range(0, 7) ? -1 : rng.range(0, 5);
         uint8_t **fields[6] = {&s.frame().y, &s.frame().u, &s.frame().v, &t.frame().y, &t.frame().u, &t.frame().v};
