@@ -30,10 +30,11 @@ Case partCase(Random &rng, int32_t maxW, int32_t maxH, int32_t units)
     return {w + (rng.coin() ? 0 : rng.range(0, 9)), h + (rng.coin() ? 0 : rng.range(0, 5)), w, h, flag, w * units};
 }
 
-// A whole frame of even size, with a stride that now and then falls short.
+// A whole frame, mostly of even size, with a stride that now and then falls
+// short (or is padded: the padding after each row stays).
 Case strideCase(Random &rng, int32_t maxW, int32_t maxH, int32_t)
 {
-    const int32_t w = 2 * rng.range(0, maxW / 2), h = 2 * rng.range(0, maxH / 2);
+    const int32_t w = 2 * rng.range(0, maxW / 2) + !rng.range(0, 7), h = 2 * rng.range(0, maxH / 2) + !rng.range(0, 7);
     const int32_t stride = 3 * w + (rng.coin() ? 0 : rng.range(1, 13));
     const int32_t shortStride[] = {3 * w - 1, -stride, INT32_MIN};
     return {w, h, w, h, 1, rng.range(0, 7) == 0 ? shortStride[rng.range(0, 2)] : stride};
