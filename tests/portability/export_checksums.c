@@ -4,6 +4,7 @@
  * built for another CPU or system must print the same lines; the cross tests
  * compare them with a native run. Plain C99, no argument, exit status 0.
  * The threads test runs pixmillChecksums() from many threads at once. */
+#include <stddef.h>
 #include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -12,6 +13,12 @@
 #include "pixmill.h"
 
 enum { W = 64, H = 48 };
+
+/* The Frame record has the field order and sizes of the ABI. */
+typedef char check_width_offset[offsetof(Frame, width) == 3 * sizeof(void *) ? 1 : -1];
+typedef char check_height_offset[offsetof(Frame, height) == 3 * sizeof(void *) + 2 ? 1 : -1];
+typedef char check_tag_offset[offsetof(Frame, tag) == 3 * sizeof(void *) + 4 ? 1 : -1];
+typedef char check_rotation_size[sizeof(Rotation) == 4 ? 1 : -1];
 
 typedef void (*ChecksumLine)(const char *name, uint32_t hash, void *context);
 
