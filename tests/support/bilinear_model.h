@@ -134,15 +134,6 @@ inline std::ostream &operator<<(std::ostream &os, const ScaleCase &k)
               << " -> " << k.dw << "x" << k.dh;
 }
 
-template <class T>
-std::vector<T> randomSamples(Random &rng, size_t count)
-{
-    std::vector<T> v(count);
-    for (T &s : v)
-        s = T(rng.word());
-    return v;
-}
-
 // A guarded target against the model's samples, or untouched when the model
 // writes none; its guards intact either way.
 template <class T>
