@@ -142,7 +142,8 @@ public:
     std::vector<T> initial() const
     {
         std::vector<T> v(count_);
-        std::memcpy(v.data(), pristine_.data() + off_, count_ * sizeof(T));
+        if (count_ > 0)
+            std::memcpy(v.data(), pristine_.data() + off_, count_ * sizeof(T));
         return v;
     }
     void snapshot()
