@@ -6,26 +6,55 @@
 // any read past them), or one time in four right against an inaccessible page (a vector load past the end faults
 // even where it would leap over a red zone). Targets lie between random guard bytes. After the call every byte
 // outside the area the operation may write, and after a refused call every byte at all, must be as it was; anything
-// else aborts.
-#include <fuzzer/FuzzedDataProvider.h> // with <algorithm>, <cstring> and <vector>
-
+// else aborts. The tests also run the table on random cases (tests/frame/open_inputs_test.cpp).
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <limits>
 #include <memory>
 #include <new>
 #include <random>
+#include <vector>
+
+#if __has_include(<fuzzer/FuzzedDataProvider.h>)
+#  include <fuzzer/FuzzedDataProvider.h>
+#else
+// What this target uses of libFuzzer's input reader (whose header only clang has): integers from the input's end.
+class FuzzedDataProvider {
+public:
+    FuzzedDataProvider(const uint8_t *data, size_t size) : data_(data), size_(size) {}
+    size_t remaining_bytes() const { return size_; }
+    template <class T> T ConsumeIntegralInRange(T lo, T hi)
+    {
+        const uint64_t range = uint64_t(hi) - uint64_t(lo);
+        uint64_t v = 0;
+        for (size_t n = 0; n < sizeof(T) && size_ > 0; ++n)
+            v = v << 8 | data_[--size_];
+        return T(uint64_t(lo) + (range == UINT64_MAX ? v : v % (range + 1)));
+    }
+    template <class T> T ConsumeIntegral()
+    {
+        return ConsumeIntegralInRange(std::numeric_limits<T>::min(), std::numeric_limits<T>::max());
+    }
+
+private:
+    const uint8_t *data_;
+    size_t size_;
+};
+#endif
 
 #include "pixmill.h"
-#include "support/page_buffer.h"
+#include "support/buffers.h"
 
 namespace {
 
-size_t area(int64_t w, int64_t h) { return size_t(std::max<int64_t>(w, 0)) * size_t(std::max<int64_t>(h, 0)); }
+using pixmill::test::area;
 
 // In bytes: the usable area is [off, off + size) of `mem`, which holds orig.size() bytes on the heap or in `pages`;
 // of it, columns [x, x + w) of rows [y, y + h) may change, counted from `off` in rows of `stride` bytes.
 struct Buf {
-    std::shared_ptr<pixmill::test::PageBuffer<uint8_t>> pages;
+    std::shared_ptr<pixmill::test::PageBuffer> pages;
     std::vector<uint8_t> heap, orig;
     uint8_t *mem;
     int64_t off, size, stride, w, x = 0, y = 0, h = 1;
@@ -62,13 +91,13 @@ struct Case {
         const auto len = size_t(off + size + (target ? 16 * int64_t(sizeof(T)) : 0));
         Buf b{nullptr, {}, {}, nullptr, off, size, size + 1, size * target};
         if (!target && rng() % 4 == 0) {
-            b.pages = std::make_shared<pixmill::test::PageBuffer<uint8_t>>(len, pixmill::test::PageSide::End, rng());
+            b.pages = std::make_shared<pixmill::test::PageBuffer>(len, pixmill::test::PageSide::End);
             b.mem = b.pages->data();
         } else {
             b.heap.resize(std::max<size_t>(len, 1));
-            std::generate(b.heap.begin(), b.heap.end(), [this] { return uint8_t(rng()); });
             b.mem = b.heap.data();
         }
+        std::generate(b.mem, b.mem + len, [this] { return uint8_t(rng()); });
         b.orig.assign(b.mem, b.mem + len);
         bufs.push_back(std::move(b));
         return reinterpret_cast<T *>(bufs.back().mem + off);
@@ -90,7 +119,7 @@ struct Case {
             if (b.mem + b.off == p)
                 b.stride = std::max<int64_t>(stride, 1), b.w = w, b.x = x, b.y = y, b.h = h;
     }
-    void result(int32_t r, bool refuse) { r == -int32_t(refuse) ? void(refused = refuse) : fail("unexpected result"); }
+    void result(int32_t r, bool refuse) { r == -int32_t(refuse) ? void(refused |= refuse) : fail("unexpected result"); }
     // A call the header says writes nothing.
     void untouched(bool yes) { refused = refused || yes; }
     void check() const
@@ -193,11 +222,14 @@ const std::vector<void (*)(Case &)> kOps = {
     // Planar 4:2:2 rectangle cropped and scaled into an even target of at least 4 x 4.
     [](Case &c) {
         // Past: an odd source width, one row, a corner outside, an empty rectangle, an odd or small target.
-        const int32_t w = c.past ? c.pick(1, 48) : 2 * c.pick(1, 24), h = c.pick(1, 48);
+        int32_t w = c.past ? c.pick(1, 48) : 2 * c.pick(1, 24), h = c.pick(1, 48);
         const int32_t tw = c.past ? c.pick(0, 80) : 2 * c.pick(2, 40), th = c.past ? c.pick(0, 80) : 2 * c.pick(2, 40);
-        const int32_t x = c.pick(0, w - 1 + 3 * c.past), y = c.pick(0, h - 1 + 3 * c.past);
-        const int32_t srcW = c.pick(!c.past, 100), srcH = c.pick(!c.past, 100);
-        c.untouched((w & 1) || h < 2 || x >= w || y >= h || !srcW || !srcH || tw < 4 || th < 4 || ((tw | th) & 1));
+        int32_t x = c.pick(0, w - 1 + 3 * c.past), y = c.pick(0, h - 1 + 3 * c.past);
+        int32_t srcW = c.pick(!c.past, 100), srcH = c.pick(!c.past, 100);
+        if (c.past && c.pick(0, 7) == 0) // an extent of 8192, whose positions overflow
+            w = srcW = 8192 + 2 * c.pick(0, 4), h = srcH = 2, x = 0, y = c.pick(0, 1);
+        c.untouched((w & 1) || h < 2 || x >= w || y >= h || !srcW || !srcH || tw < 4 || th < 4 || ((tw | th) & 1) ||
+                    std::min(srcW, w - x) >= 8192);
         Frame *t = c.frame(true, tw, th, area(tw / 2, th / 2));
         c.result(gYUV422toYUV420(c.frame(false, w, h, area(w / 2, h)), t, x, y, srcW, srcH), false);
     },
@@ -221,13 +253,13 @@ const std::vector<void (*)(Case &)> kOps = {
     // and then past their surfaces, sizes anything. Positions are limited to their surfaces, then the size is cut by
     // the source and by the room on the target.
     [](Case &c) {
-        const int32_t k = c.pick(2, 3), sw = c.pick(0, 40), sh = c.pick(0, 40), dw = c.pick(0, 40), dh = c.pick(0, 40);
-        // Past: negative positions and strides, served as an empty rectangle.
-        const int32_t less = c.past ? -3 : 0, rw = c.pick(-5, 50), rh = c.pick(-5, 50);
+        // Past: negative positions, surface sizes and strides, served as an empty rectangle.
+        const int32_t less = c.past ? -3 : 0, rw = c.pick(-5, 50), rh = c.pick(-5, 50), k = c.pick(2, 3);
+        const int32_t sw = c.pick(less, 40), sh = c.pick(less, 40), dw = c.pick(less, 40), dh = c.pick(less, 40);
         const int32_t stride = k * dw + (k == 3 ? c.pick(less, 2) : 0);
         const int32_t sx = c.pick(less, sw + 4), sy = c.pick(less, sh + 4), dx = c.pick(less, dw + 4);
         const int32_t dy = c.pick(less, dh + 4);
-        c.untouched(std::min({sx, sy, dx, dy, stride}) < 0);
+        c.untouched(std::min({sw, sh, k == 2 ? dw : stride, dh, sx, sy, dx, dy}) < 0);
         const int32_t code = c.pick(0, 4), turn = code & 1;
         const uint16_t *image = c.src<uint16_t>(area(sw, sh));
         uint8_t *out24 = k == 3 ? c.dst(area(stride, dh)) : nullptr;
@@ -256,8 +288,16 @@ const std::vector<void (*)(Case &)> kOps = {
     },
     // Free ratio, op 0: gScaleFrame, 1: gScaleCroppedFrame, 2: gScaleCroppedFrameYUV422. The corner lies inside
     // every plane and every rectangle keeps a sample.
-    // Past: frames and targets 1 wide or high or empty, corners outside, empty rectangles: such planes are left.
+    // Past: frames and targets 1 wide or high or empty, corners outside, empty rectangles, spans of 8192: such planes
+    // are left.
     [](Case &c) {
+        if (c.past && c.pick(0, 7) == 0) { // a span of 8192 samples or more leaves luma alone
+            const int32_t op = c.pick(0, 2), w = 8193 + c.pick(0, 40), tw = w / 2 + c.pick(1, 40), rows = op == 2 ? 2 : 1;
+            const Frame *s = c.frame(false, w, 2, area(w >> 1, rows));
+            Frame *t = c.frame(true, tw, 2, area(tw >> 1, rows));
+            c.allow(t->y, 1, 0, 0, 0, 0);
+            return op == 0 ? gScaleFrame(s, t) : (op == 1 ? gScaleCroppedFrame : gScaleCroppedFrameYUV422)(s, t, 0, 0, w, 2);
+        }
         const int32_t op = c.pick(0, 2), w = c.pick(c.past ? 1 : 2, 60), h = c.pick(op == 2 || c.past ? 1 : 2, 60);
         const int32_t tw = c.pick(!c.past, 60), th = c.pick(!c.past, 60);
         const int32_t x = c.past ? c.pick(0, w + 3) : 2 * c.pick(0, (w >> 1) - 1) + c.pick(0, 1) * (w > 2);
@@ -273,17 +313,20 @@ const std::vector<void (*)(Case &)> kOps = {
     // Past: a target under 2 x 2, a corner outside, a rectangle cut to under 1 x 2, negative values: nothing is
     // written.
     [](Case &c) {
-        const int32_t p = c.past, sw = c.pick(1 - 2 * p, 60), sh = c.pick(2 - 3 * p, 60);
-        const int32_t dw = c.pick(2 - 3 * p, 80), dh = c.pick(2 - 3 * p, 80);
-        const int32_t x = c.pick(-p, sw - 1 + 2 * p), y = c.pick(-p, sh - 2 + 3 * p);
-        const int32_t srcW = c.pick(1 - 2 * p, 80), srcH = c.pick(2 - 3 * p, 80), whole = c.pick(0, 1);
+        const int32_t p = c.past, dw = c.pick(2 - 3 * p, 80), dh = c.pick(2 - 3 * p, 80);
+        int32_t sw = c.pick(1 - 2 * p, 60), sh = c.pick(2 - 3 * p, 60);
+        int32_t x = c.pick(-p, sw - 1 + 2 * p), y = c.pick(-p, sh - 2 + 3 * p);
+        int32_t srcW = c.pick(1 - 2 * p, 80), srcH = c.pick(2 - 3 * p, 80);
+        if (p && c.pick(0, 7) == 0) // an extent of 8192 or more
+            sw = srcW = 8192 + c.pick(0, 9), sh = srcH = 2, x = y = 0;
+        const int32_t whole = c.pick(0, 1);
         const uint16_t *image = c.src<uint16_t>(area(sw, sh));
         uint16_t *out = c.dst<uint16_t>(area(dw, dh));
         whole ? gScaleRGB565Frame(image, out, sw, sh, dw, dh)
               : gScaleRGB565CroppedFrame(image, out, sw, sh, dw, dh, x, y, srcW, srcH);
         const int32_t rx = whole ? 0 : x, ry = whole ? 0 : y;
         const int32_t cw = std::min(whole ? sw : srcW, sw - rx), ch = std::min(whole ? sh : srcH, sh - ry);
-        c.untouched(dw < 2 || dh < 2 || rx < 0 || ry < 0 || rx >= sw || ry >= sh || cw < 1 || ch < 2);
+        c.untouched(dw < 2 || dh < 2 || rx < 0 || ry < 0 || rx >= sw || ry >= sh || cw < 1 || ch < 2 || cw >= 8192);
     },
     // Fixed ratios at their fitting sizes, op 0: 2:1 (TW a multiple of 4, W = 2 TW), 1: 1:2 (writes twice the
     // source's even size), 2: 1:4 (multiples of 8 from 16, from the TW/4 x TH/4 rectangle), 3: 4:3 (multiples of 6,

@@ -7,8 +7,7 @@
 #include <cstring>
 
 #include "pixmill.h"
-#include "support/case_buffer.h"
-#include "support/frames.h"
+#include "support/buffers.h"
 #include "support/geometry_model.h"
 
 namespace {
@@ -48,27 +47,27 @@ TEST(Mirror, BothExportsMatchModelOnRandomImages)
         SCOPED_TRACE(::testing::Message() << "case " << n << ": " << w << "x" << h << ", layout " << layout
                                           << ", mode " << mode << ", to " << int(toDestination));
         const int32_t fw = std::max(w, 0), fh = std::max(h, 0); // frame sides
-        CaseBuffer<uint16_t> image(size_t(fw) * size_t(fh), rng), out(size_t(fw) * size_t(fh), rng);
+        Guarded<uint16_t> image(size_t(fw) * size_t(fh), rng), out(size_t(fw) * size_t(fh), rng);
         EXPECT_EQ(gMirrorImageRGB565(image.data(), out.data(), w, h, mode), w < 0 || h < 0 ? -1 : 0);
         ASSERT_TRUE(image.untouched() && out.intact());
         ASSERT_EQ(out.contents(), flip(image.contents(), w, h, mode));
 
         const Layout chroma = layout == 1 ? Layout::Yuv422 : Layout::Yuv420;
-        const size_t chromaCount = TestFrame::chromaSize(fw, fh, chroma);
-        CaseFrame src(fw, fh, chromaCount, rng), dst(fw, fh, chromaCount, rng);
-        const Frame srcRecord = src.frame, dstRecord = dst.frame;
+        const size_t chromaCount = chromaSize(fw, fh, chroma);
+        TestFrame src(fw, fh, chromaCount, rng), dst(fw, fh, chromaCount, rng);
+        const Frame srcRecord = src.frame(), dstRecord = dst.frame();
         // In place the destination record is not looked at: pass none at all.
-        Frame *target = toDestination == 1 || rng.coin() ? &dst.frame : nullptr;
+        Frame *target = toDestination == 1 || rng.coin() ? &dst.frame() : nullptr;
         const bool refused = layout != 0 && layout != 1, intoSecond = toDestination == 1 && !refused;
-        EXPECT_EQ(gMirrorImageYUV(&src.frame, target, layout, mode, toDestination), refused ? -1 : 0);
+        EXPECT_EQ(gMirrorImageYUV(&src.frame(), target, layout, mode, toDestination), refused ? -1 : 0);
         // Into a second frame width, height and tag are copied; else that record and its planes stay.
         const Frame copied{dstRecord.y, dstRecord.u, dstRecord.v, srcRecord.width, srcRecord.height, srcRecord.tag};
-        ASSERT_EQ(std::memcmp(intoSecond ? &copied : &dstRecord, &dst.frame, sizeof dstRecord), 0);
-        ASSERT_EQ(std::memcmp(&srcRecord, &src.frame, sizeof srcRecord), 0);
+        ASSERT_EQ(std::memcmp(intoSecond ? &copied : &dstRecord, &dst.frame(), sizeof dstRecord), 0);
+        ASSERT_EQ(std::memcmp(&srcRecord, &src.frame(), sizeof srcRecord), 0);
         ASSERT_TRUE(src.intact() && dst.intact() && (intoSecond ? src : dst).untouched());
         // A refused call leaves the source as it was; 4:2:2 chroma is flipped
         // as a plane of all rows.
-        const CaseFrame &flipped = intoSecond ? dst : src;
+        const TestFrame &flipped = intoSecond ? dst : src;
         for (int i = 0; i < 3; ++i) {
             const int32_t pw = i == 0 ? fw : fw >> 1, ph = i == 0 || layout == 1 ? fh : fh >> 1;
             const std::vector<uint8_t> before = src.planes[i].initial();

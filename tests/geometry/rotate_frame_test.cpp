@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "pixmill.h"
-#include "support/case_buffer.h"
+#include "support/buffers.h"
 #include "support/geometry_model.h"
 
 namespace {
@@ -39,16 +39,17 @@ TEST(RotateFrame, MatchesModelOnRandomFrames)
             const int32_t h = randomSide(rng, n, w > 130 ? 40 : 2000) & (halfTurn422 ? ~0 : even);
             SCOPED_TRACE(::testing::Message() << "shift " << shift << ", case " << n << ": " << w << "x" << h
                                               << ", code " << code);
-            // Chroma planes have the byte count of the block copy, which at the
-            // served sizes is exactly the plane size; for luma alone they are
-            // empty and the record's u and v null.
-            const size_t chroma = shift < 0 ? 0 : size_t(w) * size_t(h) >> shift;
-            CaseFrame in(w, h, chroma, rng), out(turn ? h : w, turn ? w : h, chroma, rng);
-            Frame src = in.frame, dst = out.frame;
+            // Chroma planes have the byte count of the plain copy, (W * H) >> 2
+            // or >> 1, more than the plane at odd sizes; of a turn, exactly the
+            // plane's. For luma alone they are empty and the record's u and v null.
+            const size_t chroma = shift < 0 ? 0 : code == 0 ? size_t(w) * size_t(h) >> shift
+                                                            : size_t(w >> 1) * size_t(shift == 1 ? h : h >> 1);
+            TestFrame in(w, h, chroma, rng), out(turn ? h : w, turn ? w : h, chroma, rng);
+            Frame src = in.frame(), dst = out.frame();
             if (shift < 0)
                 src.u = src.v = dst.u = dst.v = nullptr;
             const Frame record = dst;
-            const CaseBuffer<uint8_t> *was = code == 0 ? in.planes : out.planes;
+            const Guarded<uint8_t> *was = code == 0 ? in.planes : out.planes;
             std::vector<uint8_t> want[3] = {was[0].initial(), was[1].initial(), was[2].initial()};
             uint8_t *lumaOnly[1] = {dst.y}; // luma alone gets a record that holds nothing but y
             rotate(&src, shift < 0 ? reinterpret_cast<const Frame *>(lumaOnly) : &dst, code);
@@ -57,7 +58,7 @@ TEST(RotateFrame, MatchesModelOnRandomFrames)
             ASSERT_TRUE(in.untouched() && out.intact());
             const bool model = code != 0 && code <= 3 && w % 2 == 0 && (h % 2 == 0 || halfTurn422);
             for (int i = 0; i < (shift < 0 ? 1 : 3); ++i) {
-                const CaseBuffer<uint8_t> &plane = in.planes[i];
+                const Guarded<uint8_t> &plane = in.planes[i];
                 const int32_t pw = i == 0 ? w : w >> 1, ph = i == 0 || shift == 1 ? h : h >> 1;
                 // 4:2:2 chroma under a quarter turn: sample (c, 2k) lands in column
                 // (h >> 1) - 1 - k of rows 2c and 2c + 1 (ROTATE_90), in column k

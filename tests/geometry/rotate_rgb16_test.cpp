@@ -8,7 +8,7 @@
 #include <climits>
 
 #include "pixmill.h"
-#include "support/case_buffer.h"
+#include "support/buffers.h"
 #include "support/geometry_model.h"
 
 namespace {
@@ -38,8 +38,8 @@ TEST(RotateRGB16, BothExportsMatchModelOnRandomRectangles)
         SCOPED_TRACE(::testing::Message() << "case " << n << ": " << sw << "x" << sh << " (" << srcX << "," << srcY
                                           << " " << srcW << "x" << srcH << ") to (" << dstX << "," << dstY << ") on "
                                           << dw << "x" << dh << "/" << stride << " code " << code << " null " << nulls);
-        const CaseBuffer<uint16_t> src(size_t(sw) * size_t(sh), rng), dst(size_t(dw) * size_t(dh), rng);
-        const CaseBuffer<uint8_t> bgr(size_t(stride) * size_t(dh), rng);
+        const Guarded<uint16_t> src(size_t(sw) * size_t(sh), rng), dst(size_t(dw) * size_t(dh), rng);
+        const Guarded<uint8_t> bgr(size_t(stride) * size_t(dh), rng);
         std::vector<uint16_t> pixels = dst.contents();
         std::vector<uint8_t> bytes = bgr.contents();
         const uint16_t *in = nulls == 1 ? nullptr : src.data();

@@ -13,7 +13,7 @@
 #include <ostream>
 #include <vector>
 
-#include "support/guarded.h"
+#include "support/buffers.h"
 
 namespace pixmill::test {
 
@@ -132,15 +132,6 @@ inline std::ostream &operator<<(std::ostream &os, const ScaleCase &k)
 {
     return os << "source " << k.sw << "x" << k.sh << ", rect (" << k.x << ", " << k.y << ") " << k.w << "x" << k.h
               << " -> " << k.dw << "x" << k.dh;
-}
-
-template <class T>
-std::vector<T> randomSamples(Random &rng, size_t count)
-{
-    std::vector<T> v(count);
-    for (T &s : v)
-        s = T(rng.word());
-    return v;
 }
 
 // A guarded target against the model's samples, or untouched when the model

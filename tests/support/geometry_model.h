@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "support/guarded.h"
+#include "support/buffers.h"
 #include "support/random.h"
 
 namespace pixmill::test {

@@ -13,7 +13,7 @@
 
 #include <algorithm>
 #include <chrono>
-#include <map>
+#include <optional>
 #include <regex>
 #include <thread>
 #include <vector>
@@ -83,93 +83,74 @@ TEST_F(Cli, BrokenInputIsRefusedByNameAndLeavesNoOutput)
     const Bytes rgbRows = randomBytes(rnd, 4 * 2 * 3), rgbPng = png(4, 2, PNG_COLOR_TYPE_RGB, 8, rgbRows);
     // The IDAT chunk's checksum (its data is under 256 bytes).
     const size_t idat = rgbPng.find("IDAT") - 4, idatCrc = idat + 8 + static_cast<uint8_t>(rgbPng[idat + 3]);
-    const std::map<std::string, Bytes> corpus = {
-        {"good.y4m", good},
-        {"good422.y4m", y4m(rnd, 32, 24, "422", 1)},
-        {"img.rgb565", randomBytes(rnd, 20 * 10 * 2)},
-        {"short.yuv", randomBytes(rnd, 100)},
-        {"empty.yuv", ""},
-        {"empty.y4m", ""},
-        {"garbage.y4m", randomBytes(rnd, 500)},
-        {"y4m.png", good},
-        {"garbage.png", "\x89PNG\r\n\x1aX" + randomBytes(rnd, 200)},
-        {"odd.y4m", "YUV4MPEG2 W31 H24 C420jpeg\nFRAME\n" + Bytes(31 * 24 * 2, 'x')},
-        {"cut.y4m", good.substr(0, good.size() - 100)},
-        {"cutheader.y4m", "YUV4MPEG2 W16 H16 C420"},
-        {"longheader.y4m", "YUV4MPEG2 W" + Bytes(100000, '9') + "\n"},
-        {"big.y4m", "YUV4MPEG2 W99999 H99999 C420jpeg\nFRAME\n"},
-        {"huge.y4m", "YUV4MPEG2 W65534 H65534 C420jpeg\nFRAME\n"},
-        {"zero.y4m", "YUV4MPEG2 W0 H16\n"},
-        {"negative.y4m", "YUV4MPEG2 W16 H-16\n"},
-        {"noheight.y4m", "YUV4MPEG2 W16 C420jpeg\n"},
-        {"framx.y4m", "YUV4MPEG2 W16 H16\nFRAMX\n"},
-        {"frames.y4m", "YUV4MPEG2 W16 H16\nFRAMES\n" + Bytes(384, 'x')},
-        {"p10.y4m", "YUV4MPEG2 W16 H16 C420p10 XYSCSS=420P10\nFRAME\n" + Bytes(768, 'x')},
-        {"p12.y4m", "YUV4MPEG2 W16 H16 C420p12\n"},
-        {"422p10.y4m", "YUV4MPEG2 W16 H16 C422p10\n"},
-        {"444.y4m", "YUV4MPEG2 W16 H16 C444\n"},
-        {"444alpha.y4m", "YUV4MPEG2 W16 H16 C444alpha\n"},
-        {"mono16.y4m", "YUV4MPEG2 W16 H16 Cmono16\n"},
-        {"odd-tag.y4m", "YUV4MPEG2 W16 H16 Cxyz\n"},
-        {"rgb48.png", png(2, 2, PNG_COLOR_TYPE_RGB, 16, randomBytes(rnd, 2 * 2 * 6))},
-        {"grey16.png", png(2, 2, PNG_COLOR_TYPE_GRAY, 16, randomBytes(rnd, 2 * 2 * 2))},
-        {"rgba.png", png(2, 2, PNG_COLOR_TYPE_RGBA, 8, randomBytes(rnd, 2 * 2 * 4))},
-        {"greyalpha.png", png(2, 2, PNG_COLOR_TYPE_GRAY_ALPHA, 8, randomBytes(rnd, 2 * 2 * 2))},
-        {"trns.png", png(2, 2, PNG_COLOR_TYPE_PALETTE, 8, Bytes(4, '\0'), Bytes(3, '\x7f'), true)},
-        {"ihdr-crc.png", flipped(rgbPng, 29)},
-        {"idat-crc.png", flipped(rgbPng, idatCrc)},
-        {"cut.png", rgbPng.substr(0, rgbPng.size() - 20)},
-        {"zero.png", withPngSize(rgbPng, 0, 2)},
-        {"wide.png", withPngSize(rgbPng, 70000, 2)},
-        {"huge.png", withPngSize(rgbPng, 40000, 40000)},
-    };
-    for (const auto &[name, bytes] : corpus)
+    // Files that several cases read; each other case brings its own, named by its second argument.
+    for (const auto &[name, bytes] : {std::pair<const char *, Bytes>{"good.y4m", good},
+                                      {"good422.y4m", y4m(rnd, 32, 24, "422", 1)},
+                                      {"img.rgb565", randomBytes(rnd, 20 * 10 * 2)},
+                                      {"short.yuv", randomBytes(rnd, 100)}})
         write(name, bytes);
     struct Case {
         const char *args;
         int code;
         const char *message;
+        std::optional<Bytes> file = std::nullopt;
     };
+    const Bytes hdr = "YUV4MPEG2 W16 H16";
     const Case cases[] = {
         // The content against the extension.
-        {"convert empty.y4m out.png", 1, "empty.y4m: file is empty"},
-        {"convert garbage.y4m out.png", 1, "garbage.y4m: not a YUV4MPEG2 stream"},
-        {"convert y4m.png out.y4m", 1, "y4m.png: not a PNG file (it is a YUV4MPEG2 stream)"},
-        {"convert garbage.png out.y4m", 1, "garbage.png: not a PNG file (no PNG signature"},
-        {"convert empty.yuv out.png --format yuv420p --size 16x16", 1, "empty.yuv: file is empty"},
-        {"convert short.yuv out.png", 2, "give --format FMT and --size WxH"},
-        {"scale short.yuv out.yuv --format yuv420p --size 8x8", 2, "give --in-size WxH (here --size is the target"},
+        {"convert empty.y4m out.png", 1, "empty.y4m: file is empty", ""},
+        {"convert garbage.y4m out.png", 1, "garbage.y4m: not a YUV4MPEG2 stream", randomBytes(rnd, 500)},
+        {"convert y4m.png out.y4m", 1, "y4m.png: not a PNG file (it is a YUV4MPEG2 stream)", good},
+        {"convert garbage.png out.y4m", 1, "garbage.png: not a PNG file (no PNG signature",
+         "\x89PNG\r\n\x1aX" + randomBytes(rnd, 200)},
+        {"convert empty.yuv out.png --format yuv420p --size 16x16", 1, "empty.yuv: file is empty", ""},
+        {"convert short.yuv out.png", 2, "give --format FMT and --size WxH", {}},
+        {"scale short.yuv out.yuv --format yuv420p --size 8x8", 2, "give --in-size WxH (here --size is the target", {}},
         // Y4M headers and frames.
-        {"convert odd.y4m out.png", 1, "odd.y4m: width 31 is odd"},
-        {"rotate cut.y4m out.y4m --rotate 90", 1, "frame 2 is cut short"},
-        {"info cutheader.y4m", 1, "Y4M header is cut short"},
-        {"info longheader.y4m", 1, "longer than 4096 bytes"},
-        {"convert big.y4m out.png", 1, "width '99999' is not a number from 1 to 65535"},
-        {"convert huge.y4m out.png", 1, "65534x65534 yuv420p frames are too large"},
-        {"info zero.y4m", 1, "width '0' is not a number from 1"},
-        {"info negative.y4m", 1, "height '-16' is not a number from 1"},
-        {"info noheight.y4m", 1, "Y4M header lacks H"},
-        {"rotate framx.y4m out.y4m --rotate 90", 1, "frame 1 does not start with FRAME"},
-        {"rotate frames.y4m out.y4m --rotate 90", 1, "frame 1 does not start with FRAME"},
-        {"convert p10.y4m out.png", 1, "C420p10 has 10-bit samples"},
-        {"scale p12.y4m out.y4m --size 8x8", 1, "C420p12 has 12-bit samples"},
-        {"info 422p10.y4m", 1, "C422p10 has 10-bit samples"},
-        {"info 444.y4m", 1, "C444 has 4:4:4 chroma"},
-        {"info 444alpha.y4m", 1, "C444alpha has 4:4:4 chroma and an alpha plane"},
-        {"info mono16.y4m", 1, "Cmono16 has 16-bit samples"},
-        {"info odd-tag.y4m", 1, "Cxyz is not a colour space pixmill knows"},
+        {"convert odd.y4m out.png", 1, "odd.y4m: width 31 is odd",
+         "YUV4MPEG2 W31 H24 C420jpeg\nFRAME\n" + Bytes(31 * 24 * 2, 'x')},
+        {"rotate cut.y4m out.y4m --rotate 90", 1, "frame 2 is cut short", good.substr(0, good.size() - 100)},
+        {"info cutheader.y4m", 1, "Y4M header is cut short", "YUV4MPEG2 W16 H16 C420"},
+        {"info longheader.y4m", 1, "longer than 4096 bytes", "YUV4MPEG2 W" + Bytes(100000, '9') + "\n"},
+        {"convert big.y4m out.png", 1, "width '99999' is not a number from 1 to 65535",
+         "YUV4MPEG2 W99999 H99999 C420jpeg\nFRAME\n"},
+        {"convert huge.y4m out.png", 1, "65534x65534 yuv420p frames are too large",
+         "YUV4MPEG2 W65534 H65534 C420jpeg\nFRAME\n"},
+        {"info zero.y4m", 1, "width '0' is not a number from 1", "YUV4MPEG2 W0 H16\n"},
+        {"info negative.y4m", 1, "height '-16' is not a number from 1", "YUV4MPEG2 W16 H-16\n"},
+        {"info noheight.y4m", 1, "Y4M header lacks H", "YUV4MPEG2 W16 C420jpeg\n"},
+        {"rotate framx.y4m out.y4m --rotate 90", 1, "frame 1 does not start with FRAME", hdr + "\nFRAMX\n"},
+        {"rotate frames.y4m out.y4m --rotate 90", 1, "frame 1 does not start with FRAME",
+         hdr + "\nFRAMES\n" + Bytes(384, 'x')},
+        {"convert p10.y4m out.png", 1, "C420p10 has 10-bit samples",
+         hdr + " C420p10 XYSCSS=420P10\nFRAME\n" + Bytes(768, 'x')},
+        {"scale p12.y4m out.y4m --size 8x8", 1, "C420p12 has 12-bit samples", hdr + " C420p12\n"},
+        {"info 422p10.y4m", 1, "C422p10 has 10-bit samples", hdr + " C422p10\n"},
+        {"info 444.y4m", 1, "C444 has 4:4:4 chroma", hdr + " C444\n"},
+        {"info 444alpha.y4m", 1, "C444alpha has 4:4:4 chroma and an alpha plane", hdr + " C444alpha\n"},
+        {"info mono16.y4m", 1, "Cmono16 has 16-bit samples", hdr + " Cmono16\n"},
+        {"info odd-tag.y4m", 1, "Cxyz is not a colour space pixmill knows", hdr + " Cxyz\n"},
         // PNG colour types that would lose data, damage, sizes.
-        {"convert rgb48.png out.yuv --to yuv420p", 1, "rgb48.png: PNG with 16-bit samples"},
-        {"convert grey16.png out.yuv --to yuv420p", 1, "PNG with 16-bit samples"},
-        {"convert rgba.png out.yuv --to yuv420p", 1, "PNG with an alpha channel"},
-        {"convert greyalpha.png out.yuv --to yuv420p", 1, "PNG with an alpha channel"},
-        {"convert trns.png out.yuv --to yuv420p", 1, "PNG with transparency"},
-        {"convert ihdr-crc.png out.yuv --to yuv420p", 1, "damaged PNG: IHDR: CRC error"},
-        {"convert idat-crc.png out.yuv --to yuv420p", 1, "damaged PNG: IDAT: CRC error"},
-        {"convert cut.png out.yuv --to yuv420p", 1, "damaged PNG: the file ends too early"},
-        {"convert zero.png out.yuv --to yuv420p", 1, "damaged PNG: Invalid IHDR data (Image width is zero in IHDR)"},
-        {"convert wide.png out.yuv --to yuv420p", 1, "Invalid IHDR data (Image width exceeds user limit in IHDR)"},
-        {"convert huge.png out.yuv --to yuv420p", 1, "PNG of 40000x40000 is too large"},
+        {"convert rgb48.png out.yuv --to yuv420p", 1, "rgb48.png: PNG with 16-bit samples",
+         png(2, 2, PNG_COLOR_TYPE_RGB, 16, randomBytes(rnd, 2 * 2 * 6))},
+        {"convert grey16.png out.yuv --to yuv420p", 1, "PNG with 16-bit samples",
+         png(2, 2, PNG_COLOR_TYPE_GRAY, 16, randomBytes(rnd, 2 * 2 * 2))},
+        {"convert rgba.png out.yuv --to yuv420p", 1, "PNG with an alpha channel",
+         png(2, 2, PNG_COLOR_TYPE_RGBA, 8, randomBytes(rnd, 2 * 2 * 4))},
+        {"convert greyalpha.png out.yuv --to yuv420p", 1, "PNG with an alpha channel",
+         png(2, 2, PNG_COLOR_TYPE_GRAY_ALPHA, 8, randomBytes(rnd, 2 * 2 * 2))},
+        {"convert trns.png out.yuv --to yuv420p", 1, "PNG with transparency",
+         png(2, 2, PNG_COLOR_TYPE_PALETTE, 8, Bytes(4, '\0'), Bytes(3, '\x7f'), true)},
+        {"convert ihdr-crc.png out.yuv --to yuv420p", 1, "damaged PNG: IHDR: CRC error", flipped(rgbPng, 29)},
+        {"convert idat-crc.png out.yuv --to yuv420p", 1, "damaged PNG: IDAT: CRC error", flipped(rgbPng, idatCrc)},
+        {"convert cut.png out.yuv --to yuv420p", 1, "damaged PNG: the file ends too early",
+         rgbPng.substr(0, rgbPng.size() - 20)},
+        {"convert zero.png out.yuv --to yuv420p", 1, "damaged PNG: Invalid IHDR data (Image width is zero in IHDR)",
+         withPngSize(rgbPng, 0, 2)},
+        {"convert wide.png out.yuv --to yuv420p", 1, "Invalid IHDR data (Image width exceeds user limit in IHDR)",
+         withPngSize(rgbPng, 70000, 2)},
+        {"convert huge.png out.yuv --to yuv420p", 1, "PNG of 40000x40000 is too large",
+         withPngSize(rgbPng, 40000, 40000)},
         // Raw sizes on the command line.
         {"convert img.rgb565 out.yuv --format rgb565 --size 0x10", 2, "'0x10': expected WxH with sides from 1 to 65535"},
         {"convert img.rgb565 out.yuv --format rgb565 --size -20x10", 2, "--size '-20x10': expected WxH"},
@@ -200,6 +181,11 @@ TEST_F(Cli, BrokenInputIsRefusedByNameAndLeavesNoOutput)
     const char *outputs[] = {"out.png", "out.y4m", "out.raw", "out.yuv"};
     for (const Case &c : cases) {
         SCOPED_TRACE(c.args);
+        if (c.file) {
+            const std::string args = c.args;
+            const size_t from = args.find(' ') + 1;
+            write(args.substr(from, args.find(' ', from) - from), *c.file);
+        }
         // Once with no output file there, once over an existing one.
         for (const bool existing : {false, true}) {
             for (const char *name : outputs)

@@ -6,8 +6,7 @@
 
 #include <array>
 
-#include "support/page_buffer.h"
-#include "support/planar_buffer.h"
+#include "support/buffers.h"
 
 namespace {
 
@@ -35,8 +34,8 @@ void model(const uint8_t *first, uint32_t w, uint32_t h, int32_t stride, std::ve
 
 // Every even width up to 130 (past the widest vector step), random ones up to
 // 2000 on a few rows, then small random sizes, one in eight anything from 0
-// to 9; any stride, a negative one too; buffers at any alignment; bytes at
-// random or at the extremes.
+// to 9; any stride, a negative one too; buffers at any alignment, or against
+// an inaccessible page; bytes at random or at the extremes.
 TEST(BGR24toYUV420Planar, MatchesModelOnRandomSizesAndStrides)
 {
     Random rng;
@@ -50,40 +49,20 @@ TEST(BGR24toYUV420Planar, MatchesModelOnRandomSizesAndStrides)
         const int32_t stride = (rng.range(0, 2) ? 1 : -1) * (int32_t(3 * w) + (rng.coin() ? 0 : rng.range(1, 9)));
         SCOPED_TRACE(::testing::Message() << "case " << i << ": " << w << "x" << h << ", stride " << stride);
         const size_t lastRow = h ? size_t(stride < 0 ? -stride : stride) * (h - 1) : 0, luma = size_t(w) * h;
-        Guarded<uint8_t> src(lastRow + 3 * w, size_t(rng.range(0, 63)), rng.word());
+        const Placement where = Placement(rng.range(0, 2));
+        Guarded<uint8_t> src(lastRow + 3 * w, size_t(rng.range(0, 63)), rng.word(), where);
         // One image in four only black and full bytes: block sums of 0 and 1020.
         for (size_t k = 0; i % 4 == 1 && k < src.size(); ++k)
             src[k] = src[k] & 1 ? 255 : 0;
         src.snapshot();
         const uint8_t *first = src.begin() + (stride < 0 ? lastRow : 0);
-        Guarded<uint8_t> out(luma * 3 / 2, size_t(rng.range(0, 63)), rng.word());
+        Guarded<uint8_t> out(luma * 3 / 2, size_t(rng.range(0, 63)), rng.word(), where);
         std::vector<uint8_t> want = out.contents();
         model(first, w, h, stride, want);
         gBGR24INTtoYUV420Planar(first, out.begin(), w, h, stride);
         ASSERT_EQ(out.contents(), want);
         ASSERT_TRUE(out.intact() && src.untouched());
     }
-}
-
-// Image and output against an inaccessible page, after their end or before
-// their start, for widths around every vector step: rows of exactly 3 w
-// bytes, walked top-down and bottom-up.
-TEST(BGR24toYUV420Planar, StaysInsideBuffersAtAPage)
-{
-    Random rng;
-    for (const PageSide side : {PageSide::End, PageSide::Start})
-        for (uint32_t w = 2; w <= 140; w += 2) {
-            const uint32_t h = uint32_t(2 * rng.range(1, 2));
-            const int32_t stride = (rng.coin() ? 1 : -1) * int32_t(3 * w);
-            SCOPED_TRACE(::testing::Message() << w << "x" << h << ", stride " << stride);
-            const PageBuffer<uint8_t> src(size_t(3 * w) * h, side, rng.word());
-            const uint8_t *first = src.data() + (stride < 0 ? size_t(3 * w) * (h - 1) : 0);
-            PageBuffer<uint8_t> out(size_t(w) * h * 3 / 2, side, rng.word());
-            std::vector<uint8_t> want = out.copy();
-            model(first, w, h, stride, want);
-            gBGR24INTtoYUV420Planar(first, out.data(), w, h, stride);
-            ASSERT_EQ(out.copy(), want);
-        }
 }
 
 // 2x2 images of one colour: B, G, R in, Y, U, V out.
