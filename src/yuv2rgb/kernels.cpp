@@ -101,18 +101,40 @@ HWY_INLINE TermsV chromaTerms(const uint8_t *u, const uint8_t *v)
 // ---- Pixels ------------------------------------------------------------------
 // One channel of the pairs: clamp(Y + term + offset) for the even and the odd
 // column, back in the two bytes of each lane in the order of the store.
+// Words of pixels in pixel order per 128-bit block, lo then hi, clamped to
+// 0..255 and narrowed to one byte each: one saturating pack on x86.
+#  if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_SSE4
+#    define PIXMILL_PACKUS 1
+HWY_INLINE V8 clampToBytes(VI lo, VI hi)
+{
+#    if HWY_TARGET == HWY_AVX3
+    return V8{_mm512_packus_epi16(lo.raw, hi.raw)};
+#    elif HWY_TARGET == HWY_AVX2
+    return V8{_mm256_packus_epi16(lo.raw, hi.raw)};
+#    else
+    return V8{_mm_packus_epi16(lo.raw, hi.raw)};
+#    endif
+}
+#  else
+#    define PIXMILL_PACKUS 0
+#  endif
+
 template <Direction dir>
 HWY_INLINE V8 channel(VI yEven, VI yOdd, VI term, int32_t dEven, int32_t dOdd)
 {
     const DI di;
-    const VI lo = hn::Zero(di);
-    const VI hi = hn::Set(di, 255);
-    const VI even = hn::Min(hn::Max(hn::Add(yEven, hn::Add(term, hn::Set(di, int16_t(dEven)))), lo), hi);
-    const VI odd = hn::Min(hn::Max(hn::Add(yOdd, hn::Add(term, hn::Set(di, int16_t(dOdd)))), lo), hi);
+    const VI even = hn::Add(yEven, hn::Add(term, hn::Set(di, int16_t(dEven))));
+    const VI odd = hn::Add(yOdd, hn::Add(term, hn::Set(di, int16_t(dOdd))));
     // Right to left, the odd pixel of a pair comes first in memory.
     const VI first = dir == LeftToRight ? even : odd;
     const VI second = dir == LeftToRight ? odd : even;
-    return hn::BitCast(D8(), hn::Or(first, hn::ShiftLeft<8>(second)));
+#  if PIXMILL_PACKUS
+    return clampToBytes(hn::InterleaveLower(di, first, second), hn::InterleaveUpper(di, first, second));
+#  else
+    const VI lo = hn::Zero(di);
+    const VI hi = hn::Set(di, 255);
+    return hn::BitCast(D8(), hn::Or(hn::Min(hn::Max(first, lo), hi), hn::ShiftLeft<8>(hn::Min(hn::Max(second, lo), hi))));
+#  endif
 }
 
 enum class Layout { Rgb, Bgr, Rgb565 };
