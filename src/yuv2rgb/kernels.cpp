@@ -299,6 +299,8 @@ HWY_INLINE void turnVector(const uint8_t *const y[8], const uint8_t *const u[8],
     const DU du;
     const D8 d8;
     VU first[8], second[8];
+    // Unrolled, so that the rows stay in registers.
+    HWY_UNROLL(4)
     for (int p = 0; p < 4; ++p) {
         const TermsV t0 = chromaTerms<R, LeftToRight>(u[2 * p] + i, v[2 * p] + i);
         const TermsV t1 = R::kChromaPerRow ? chromaTerms<R, LeftToRight>(u[2 * p + 1] + i, v[2 * p + 1] + i) : t0;
