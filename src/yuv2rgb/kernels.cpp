@@ -11,6 +11,9 @@
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "yuv2rgb/kernels.cpp"
 #include "frame/simd.h"
+#if PIXMILL_SIMD
+#  include <hwy/cache_control.h>
+#endif
 #include "yuv2rgb/colour.h"
 #include "yuv2rgb/kernels.h"
 
@@ -98,48 +101,95 @@ HWY_INLINE TermsV chromaTerms(const uint8_t *u, const uint8_t *v)
 // ---- Pixels ------------------------------------------------------------------
 // One channel of the pairs: clamp(Y + term + offset) for the even and the odd
 // column, back in the two bytes of each lane in the order of the store.
+// Words of pixels in pixel order per 128-bit block, lo then hi, clamped to
+// 0..255 and narrowed to one byte each: one saturating pack on x86.
+#  if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_SSE4
+#    define PIXMILL_PACKUS 1
+HWY_INLINE V8 clampToBytes(VI lo, VI hi)
+{
+#    if HWY_TARGET == HWY_AVX3
+    return V8{_mm512_packus_epi16(lo.raw, hi.raw)};
+#    elif HWY_TARGET == HWY_AVX2
+    return V8{_mm256_packus_epi16(lo.raw, hi.raw)};
+#    else
+    return V8{_mm_packus_epi16(lo.raw, hi.raw)};
+#    endif
+}
+#  else
+#    define PIXMILL_PACKUS 0
+#  endif
+
 template <Direction dir>
 HWY_INLINE V8 channel(VI yEven, VI yOdd, VI term, int32_t dEven, int32_t dOdd)
 {
     const DI di;
-    const VI lo = hn::Zero(di);
-    const VI hi = hn::Set(di, 255);
-    const VI even = hn::Min(hn::Max(hn::Add(yEven, hn::Add(term, hn::Set(di, int16_t(dEven)))), lo), hi);
-    const VI odd = hn::Min(hn::Max(hn::Add(yOdd, hn::Add(term, hn::Set(di, int16_t(dOdd)))), lo), hi);
+    const VI even = hn::Add(yEven, hn::Add(term, hn::Set(di, int16_t(dEven))));
+    const VI odd = hn::Add(yOdd, hn::Add(term, hn::Set(di, int16_t(dOdd))));
     // Right to left, the odd pixel of a pair comes first in memory.
     const VI first = dir == LeftToRight ? even : odd;
     const VI second = dir == LeftToRight ? odd : even;
-    return hn::BitCast(D8(), hn::Or(first, hn::ShiftLeft<8>(second)));
+#  if PIXMILL_PACKUS
+    return clampToBytes(hn::InterleaveLower(di, first, second), hn::InterleaveUpper(di, first, second));
+#  else
+    const VI lo = hn::Zero(di);
+    const VI hi = hn::Set(di, 255);
+    return hn::BitCast(D8(), hn::Or(hn::Min(hn::Max(first, lo), hi), hn::ShiftLeft<8>(hn::Min(hn::Max(second, lo), hi))));
+#  endif
 }
 
 enum class Layout { Rgb, Bgr, Rgb565 };
 
-// Converts 2 * Lanes pixels of one row, of source row parity `row`, and
-// stores them from `out` upwards (in reverse pixel order right to left).
+// R, G and B of 2 * Lanes pixels of one row, of source row parity `row`, one
+// byte per pixel in the order of the store (reversed right to left).
+struct Channels {
+    V8 r;
+    V8 g;
+    V8 b;
+};
+
 template <class R, Direction dir, int row>
-HWY_INLINE void convertRow(const uint8_t *y, const TermsV &t, typename R::Out *out)
+HWY_INLINE Channels rowChannels(const uint8_t *y, const TermsV &t)
 {
     const DU du;
-    const D8 d8;
-    VU pairs = hn::BitCast(du, hn::LoadU(d8, y));
+    VU pairs = hn::BitCast(du, hn::LoadU(D8(), y));
     if constexpr (dir == RightToLeft)
         pairs = hn::Reverse(du, pairs);
     const VI yEven = hn::BitCast(DI(), hn::And(pairs, hn::Set(du, 0xFF)));
     const VI yOdd = hn::BitCast(DI(), hn::ShiftRight<8>(pairs));
     constexpr Offsets e = R::kOffsets[row][0];
     constexpr Offsets o = R::kOffsets[row][1];
-    const V8 r = channel<dir>(yEven, yOdd, t.r, e.r, o.r);
-    const V8 g = channel<dir>(yEven, yOdd, t.negG, e.g, o.g);
-    const V8 b = channel<dir>(yEven, yOdd, t.b, e.b, o.b);
+    return {channel<dir>(yEven, yOdd, t.r, e.r, o.r), channel<dir>(yEven, yOdd, t.negG, e.g, o.g),
+            channel<dir>(yEven, yOdd, t.b, e.b, o.b)};
+}
+
+// The two bytes of each RGB565 word: R >> 3 in bits 15..11, G >> 2 in
+// 10..5, B >> 3 in 4..0.
+struct Bytes565 {
+    V8 low;
+    V8 high;
+};
+
+HWY_INLINE Bytes565 bytes565(const Channels &c)
+{
+    const D8 d8;
+    return {hn::Or(hn::And(hn::ShiftLeft<3>(c.g), hn::Set(d8, 0xE0)), hn::ShiftRight<3>(c.b)),
+            hn::Or(hn::And(c.r, hn::Set(d8, 0xF8)), hn::ShiftRight<5>(c.g))};
+}
+
+// Converts 2 * Lanes pixels of one row, of source row parity `row`, and
+// stores them from `out` upwards (in reverse pixel order right to left).
+template <class R, Direction dir, int row>
+HWY_INLINE void convertRow(const uint8_t *y, const TermsV &t, typename R::Out *out)
+{
+    const D8 d8;
+    const Channels c = rowChannels<R, dir, row>(y, t);
     if constexpr (R::kLayout == Layout::Rgb) {
-        hn::StoreInterleaved3(r, g, b, d8, out);
+        hn::StoreInterleaved3(c.r, c.g, c.b, d8, out);
     } else if constexpr (R::kLayout == Layout::Bgr) {
-        hn::StoreInterleaved3(b, g, r, d8, out);
+        hn::StoreInterleaved3(c.b, c.g, c.r, d8, out);
     } else {
-        // R >> 3 in bits 15..11, G >> 2 in 10..5, B >> 3 in 4..0.
-        const V8 high = hn::Or(hn::And(r, hn::Set(d8, 0xF8)), hn::ShiftRight<5>(g));
-        const V8 low = hn::Or(hn::And(hn::ShiftLeft<3>(g), hn::Set(d8, 0xE0)), hn::ShiftRight<3>(b));
-        hn::StoreInterleaved2(low, high, d8, reinterpret_cast<uint8_t *>(out));
+        const Bytes565 w = bytes565(c);
+        hn::StoreInterleaved2(w.low, w.high, d8, reinterpret_cast<uint8_t *>(out));
     }
 }
 
@@ -188,18 +238,26 @@ using Rgb565From420 = Recipe<uint16_t, Coeff601, Terms::Truncating, Dither2x2, f
 using Rgb565From422 = Recipe<uint16_t, Coeff601, Terms::Truncating, Dither2x2, true, Layout::Rgb565>;
 using Rgb565From420Bt709 = Recipe<uint16_t, Coeff709, Terms::Truncating, Dither2x2, false, Layout::Rgb565>;
 using Rgb565RowBt709 = Recipe<uint16_t, Coeff709, Terms::Truncating, Dither2x2, true, Layout::Rgb565, 1>;
+// Rows of the BT.709 4:2:2 form in pairs, both with the offsets of an even row.
+inline constexpr Offsets kEvenRowOffsets[2][2] = {{Dither2x2[0][0], Dither2x2[0][1]},
+                                                  {Dither2x2[0][0], Dither2x2[0][1]}};
+using Rgb565RowsBt709 = Recipe<uint16_t, Coeff709, Terms::Truncating, kEvenRowOffsets, true, Layout::Rgb565>;
 
-// ---- Turned tiles --------------------------------------------------------------
-using D8x16 = hn::FixedTag<uint16_t, 8>;
-using V8x16 = hn::Vec<D8x16>;
+// ---- Turned strips ------------------------------------------------------------
+// A strip goes from the pair kernels' registers straight onto the surface:
+// per 128-bit block, the words of 8 source rows of 8 neighbouring pixels are
+// transposed into 8 runs of 8 words, each a piece of one surface row. Targets
+// with vectors of a size known only at run time leave turned strips to the
+// plain code.
+#    if !HWY_HAVE_SCALABLE
 
-// Rows 0..7 of v become its columns.
-HWY_INLINE void transpose8x8(V8x16 v[8])
+// Within each 128-bit block, rows 0..7 of v become its columns.
+template <class D>
+HWY_INLINE void transpose8x8(D d, hn::Vec<D> v[8])
 {
-    const D8x16 d;
-    const hn::Repartition<uint32_t, D8x16> d32;
-    const hn::Repartition<uint64_t, D8x16> d64;
-    V8x16 a[8], b[8];
+    const hn::Repartition<uint32_t, D> d32;
+    const hn::Repartition<uint64_t, D> d64;
+    hn::Vec<D> a[8], b[8];
     for (int i = 0; i < 4; ++i) {
         a[2 * i] = hn::InterleaveLower(d, v[2 * i], v[2 * i + 1]);
         a[2 * i + 1] = hn::InterleaveUpper(d, v[2 * i], v[2 * i + 1]);
@@ -217,40 +275,91 @@ HWY_INLINE void transpose8x8(V8x16 v[8])
     }
 }
 
-// Stores in the order of rising addresses: a row move of 1 puts the words
-// of a tile column in order, and a column move below 0 takes the tile's
-// columns from the last.
-template <bool wordsUp, bool colsUp>
-HWY_INLINE void turnTileIn(const uint16_t *tile, uint16_t *at, ptrdiff_t col)
+// Stores block k of v (8 words) at p + k * step.
+template <class D>
+HWY_INLINE void storeBlocks(D d, hn::Vec<D> v, uint16_t *p, ptrdiff_t step)
 {
-    const D8x16 d;
-    V8x16 v[8];
-    for (int32_t block = 0; block < kTileCols; block += 8) {
-        const int32_t c = colsUp ? block : kTileCols - 8 - block;
-        for (int32_t strip = 0; strip < kTileRows; strip += 8) {
-            const int32_t r = wordsUp ? strip : kTileRows - 8 - strip;
-            for (int32_t i = 0; i < 8; ++i)
-                v[i] = hn::LoadU(d, tile + (r + i) * kTileCols + c);
-            transpose8x8(v);
-            for (int32_t j = 0; j < 8; ++j) {
-                const int32_t i = colsUp ? j : 7 - j;
-                uint16_t *p = at + (c + i) * col;
-                if constexpr (wordsUp)
-                    hn::StoreU(v[i], d, p + r);
-                else
-                    hn::StoreU(hn::Reverse(d, v[i]), d, p - r - 7);
-            }
-        }
+    if constexpr (hn::MaxLanes(d) <= 8) {
+        hn::StoreU(v, d, p);
+    } else {
+        const hn::Half<D> dh;
+        storeBlocks(dh, hn::LowerHalf(dh, v), p, step);
+        storeBlocks(dh, hn::UpperHalf(dh, v), p + ptrdiff_t(hn::MaxLanes(dh) / 8) * step, step);
     }
 }
 
-void turnTile(const uint16_t *tile, uint16_t *at, ptrdiff_t col, ptrdiff_t row)
+// One vector of pairs of a strip, from pair i of its rows: 2 * Lanes source
+// columns, each stored as runs of 8 words on its surface row. `up`: a row
+// move of 1; else of -1, and the rows go in reversed so that each run is
+// stored from its lowest address.
+template <class R, bool up>
+HWY_INLINE void turnVector(const uint8_t *const y[8], const uint8_t *const u[8], const uint8_t *const v[8],
+                           size_t i, uint16_t *at, ptrdiff_t col)
 {
-    if (row > 0)
-        col > 0 ? turnTileIn<true, true>(tile, at, col) : turnTileIn<true, false>(tile, at, col);
-    else
-        col > 0 ? turnTileIn<false, true>(tile, at, col) : turnTileIn<false, false>(tile, at, col);
+    const DU du;
+    const D8 d8;
+    VU first[8], second[8];
+    // Unrolled, so that the rows stay in registers.
+    HWY_UNROLL(4)
+    for (int p = 0; p < 4; ++p) {
+        const TermsV t0 = chromaTerms<R, LeftToRight>(u[2 * p] + i, v[2 * p] + i);
+        const TermsV t1 = R::kChromaPerRow ? chromaTerms<R, LeftToRight>(u[2 * p + 1] + i, v[2 * p + 1] + i) : t0;
+        const Bytes565 w0 = bytes565(rowChannels<R, LeftToRight, 0>(y[2 * p] + 2 * i, t0));
+        const Bytes565 w1 = bytes565(rowChannels<R, LeftToRight, 1>(y[2 * p + 1] + 2 * i, t1));
+        // Per block, the words of pixels 16b .. 16b + 7 and the 8 after them.
+        const int a = up ? 2 * p : 7 - 2 * p;
+        const int b = up ? 2 * p + 1 : 6 - 2 * p;
+        first[a] = hn::BitCast(du, hn::InterleaveLower(d8, w0.low, w0.high));
+        second[a] = hn::BitCast(du, hn::InterleaveUpper(d8, w0.low, w0.high));
+        first[b] = hn::BitCast(du, hn::InterleaveLower(d8, w1.low, w1.high));
+        second[b] = hn::BitCast(du, hn::InterleaveUpper(d8, w1.low, w1.high));
+    }
+    transpose8x8(du, first);
+    transpose8x8(du, second);
+    uint16_t *p = at + ptrdiff_t(2 * i) * col - (up ? 0 : 7);
+    const ptrdiff_t block = 16 * col;
+    for (int j = 0; j < 8; ++j) {
+        storeBlocks(du, first[j], p + j * col, block);
+        storeBlocks(du, second[j], p + (8 + j) * col, block);
+    }
 }
+
+// A strip of kStripRows rows, in groups of 8: each vector of columns goes
+// out for every group before the next, so that a surface row takes
+// 2 * kStripRows bytes in a row at each step.
+template <class R, bool up>
+size_t turnStrip(const Source &in, uint16_t *at, ptrdiff_t col, size_t pairs)
+{
+    static_assert(kStripRows % 8 == 0, "strips are whole groups of 8 rows");
+    const size_t N = hn::Lanes(DU());
+    if (pairs < N)
+        return 0;
+    const uint8_t *y[kStripRows], *u[kStripRows], *v[kStripRows];
+    for (int32_t r = 0; r < kStripRows; ++r) {
+        const ptrdiff_t chroma = (R::kChromaPerRow ? r : r >> 1) * in.chromaStride;
+        y[r] = in.y + r * in.lumaStride;
+        u[r] = in.u + chroma;
+        v[r] = in.v + chroma;
+    }
+    const auto columns = [&](size_t i) {
+        // The source lines of the vector after next, while they are inside the strip.
+        if (i + 3 * N <= pairs)
+            for (int32_t r = 0; r < kStripRows; ++r) {
+                hwy::Prefetch(y[r] + 2 * (i + 2 * N));
+                if (R::kChromaPerRow || (r & 1) == 0) {
+                    hwy::Prefetch(u[r] + i + 2 * N);
+                    hwy::Prefetch(v[r] + i + 2 * N);
+                }
+            }
+        for (int32_t g = 0; g < kStripRows; g += 8)
+            turnVector<R, up>(y + g, u + g, v + g, i, at + (up ? g : -g), col);
+    };
+    for (size_t i = 0; i + N < pairs; i += N)
+        columns(i);
+    columns(pairs - N);
+    return pairs;
+}
+#    endif
 
 constexpr Yuv2RgbKernels kYuv2Rgb{
     &convertPairs<Rgb888From420, LeftToRight>,
@@ -260,7 +369,12 @@ constexpr Yuv2RgbKernels kYuv2Rgb{
     {&convertPairs<Rgb565From422, LeftToRight>, &convertPairs<Rgb565From422, RightToLeft>},
     {&convertPairs<Rgb565From420Bt709, LeftToRight>, &convertPairs<Rgb565From420Bt709, RightToLeft>},
     {&convertPairs<Rgb565RowBt709, LeftToRight>, &convertPairs<Rgb565RowBt709, RightToLeft>},
-    &turnTile,
+#    if !HWY_HAVE_SCALABLE
+    {&turnStrip<Rgb565From420, true>, &turnStrip<Rgb565From420, false>},
+    {&turnStrip<Rgb565From422, true>, &turnStrip<Rgb565From422, false>},
+    {&turnStrip<Rgb565From420Bt709, true>, &turnStrip<Rgb565From420Bt709, false>},
+    {&turnStrip<Rgb565RowsBt709, true>, &turnStrip<Rgb565RowsBt709, false>},
+#    endif
 };
 #  endif
 

@@ -31,10 +31,27 @@ using PairKernel = size_t (*)(const PairRows &in, Out *out0, Out *out1, size_t p
 // out leftwards ([1]): pixel i of a row at out[-i].
 enum Direction { LeftToRight, RightToLeft };
 
-// A turned tile: kTileRows source rows of kTileCols words, rows kTileCols
-// words apart, as the pair kernels wrote them left to right.
-inline constexpr int32_t kTileRows = 16;
-inline constexpr int32_t kTileCols = 128;
+// Source rows from their first pixels: luma rows lumaStride apart, chroma
+// rows chromaStride apart, one chroma row per luma row (4:2:2) or per row
+// pair (4:2:0).
+struct Source {
+    const uint8_t *y;
+    const uint8_t *u;
+    const uint8_t *v;
+    ptrdiff_t lumaStride;
+    ptrdiff_t chromaStride;
+};
+
+// A turned strip kernel converts kStripRows source rows (from an even row)
+// of `pairs` pixel pairs each and writes source pixel (c, r) of the strip at
+// at[c * col + r * row], for a row move of 1 ([0]) or -1 ([1]) and any
+// column move: the words of each source column go out as runs along a row
+// of the surface. It handles every pair when the strip holds at least one
+// vector of them (the last vector ends at the last pair and writes some words
+// of the one before again, with the same values) and none otherwise, and
+// returns how many it handled.
+inline constexpr int32_t kStripRows = 16;
+using TurnKernel = size_t (*)(const Source &in, uint16_t *at, ptrdiff_t col, size_t pairs);
 
 struct Yuv2RgbKernels {
     // Whole images, row pairs: BT.601 truncating without offsets to R,G,B;
@@ -50,10 +67,12 @@ struct Yuv2RgbKernels {
     PairKernel<uint16_t> rgb565From420Bt709[2];
     // RGB565 of one row with the offsets of an even row, BT.709 truncating.
     PairKernel<uint16_t> rgb565RowBt709[2];
-    // Writes tile pixel (c, r) at at + c * col + r * row, for a row move of
-    // 1 or -1 and any column move: a quarter turn of the tile in 8 by 8
-    // transposes, whole runs of words along the surface's rows.
-    void (*turnTile)(const uint16_t *tile, uint16_t *at, ptrdiff_t col, ptrdiff_t row);
+    // Turned strips of the same four RGB565 conversions; the BT.709 rows
+    // take the offsets of an even row on every row.
+    TurnKernel turn565From420[2];
+    TurnKernel turn565From422[2];
+    TurnKernel turn565From420Bt709[2];
+    TurnKernel turn565RowsBt709[2];
 };
 
 // The kernels of the chosen target, or nullptr for the plain code.

@@ -74,15 +74,6 @@ PIXMILL_INLINE constexpr Target place(const Placement &p, const Surface &s, int3
     return {s.base + y * s.stride + x, p.col.x + p.col.y * s.stride, p.row.x + p.row.y * s.stride};
 }
 
-// Source samples at the corner of the rectangle, with the plane strides.
-struct Source {
-    const uint8_t *y;
-    const uint8_t *u;
-    const uint8_t *v;
-    ptrdiff_t lumaStride;
-    ptrdiff_t chromaStride;
-};
-
 // The refusals shared by the four conversions: a null surface or plane, or a
 // code above 3.
 PIXMILL_INLINE bool refused(const Frame &f, const uint16_t *destination, uint32_t code)
@@ -236,63 +227,53 @@ PIXMILL_INLINE void convertRow(const Coeffs &k, const uint8_t *y, const uint8_t 
         *out = rgb565(y, terms(k, u, v), Dither2x2[0][0]);
 }
 
-// Starts of the tiles along one side of n units: every `tile` units from 0,
+// Starts of the strips along one side of n units: every `strip` units from 0,
 // the last one moved back to end at n (one short of an odd n), so that each
-// tile starts on an even unit; none when n is below a tile. Taken from the
-// last when `down`.
-struct TileStarts {
-    int32_t covered; // units from 0 that the tiles cover
+// starts on an even unit; none when n is below a strip.
+struct StripStarts {
+    int32_t covered; // units from 0 that the strips cover
     int32_t count;
-    int32_t tile;
-    bool down;
+    int32_t strip;
     PIXMILL_INLINE int32_t operator[](int32_t i) const
     {
-        const int32_t k = down ? count - 1 - i : i;
-        return k * tile < covered - tile ? k * tile : covered - tile;
+        return i * strip < covered - strip ? i * strip : covered - strip;
     }
 };
 
-PIXMILL_INLINE TileStarts tileStarts(int32_t n, int32_t tile, bool down)
+PIXMILL_INLINE StripStarts stripStarts(int32_t n, int32_t strip)
 {
-    const int32_t covered = n >= tile ? n & ~1 : 0;
-    return {covered, (covered + tile - 1) / tile, tile, down};
+    const int32_t covered = n >= strip ? n & ~1 : 0;
+    return {covered, (covered + strip - 1) / strip, strip};
 }
 
-// A w x h area under a quarter turn, with kernels: tiles of kTileRows x
-// kTileCols source pixels go left to right into a stack buffer and from
-// there, turned, onto the surface in runs of words along its rows. The last
-// tile of a strip or band overlaps the one before it, which it rewrites with
-// the same words, so that only an odd last column or row, an area smaller
-// than a tile, or one that is not turned, goes straight to the surface.
-// `convert(source, target, w, h)` converts an area the walk's own way; tiles
-// start on even rows and columns, so that every pixel keeps its offsets.
+// A w x h area under a quarter turn, with kernels: strips of kStripRows
+// source rows go from the registers of the turn kernel straight onto the
+// surface. The last strip overlaps the one before it, which it rewrites with
+// the same words, so that only an odd last row, the columns of a strip
+// narrower than a vector, an area lower than a strip, or one that is not
+// turned, goes the plain way: `convert(source, target, w, h)` converts an
+// area the walk's own way. Strips start on even rows, so that every pixel
+// keeps its offsets.
 template <class Convert>
-PIXMILL_INLINE void convertInTiles(const Yuv2RgbKernels *k, bool chromaPerRow, const Source &s, const Target &t,
-                                   int32_t w, int32_t h, Convert convert)
+PIXMILL_INLINE void convertTurned(const TurnKernel *turn, bool chromaPerRow, const Source &s, const Target &t,
+                                  int32_t w, int32_t h, Convert convert)
 {
-    if (k == nullptr || k->turnTile == nullptr || t.col == 1 || t.col == -1) {
+    if (turn == nullptr || t.col == 1 || t.col == -1) {
         convert(s, t, w, h);
         return;
     }
-    const TileStarts cols = tileStarts(w, kTileCols, t.col < 0);
-    const TileStarts rows = tileStarts(h, kTileRows, t.row < 0);
-    alignas(64) uint16_t tile[kTileRows * kTileCols];
-    // Strips of kTileRows source rows, and tiles across each strip, both
-    // taken in the order of rising addresses on the surface; the source is
-    // read along its rows. (Down bands of columns instead was about twice as
-    // slow on a busy machine.)
-    if (cols.count > 0)
-        for (int32_t strip = 0; strip < rows.count; ++strip)
-            for (int32_t band = 0; band < cols.count; ++band) {
-                const int32_t c = cols[band];
-                const int32_t r = rows[strip];
-                convert(shifted(s, c, r, chromaPerRow), Target{tile, 1, kTileCols}, kTileCols, kTileRows);
-                k->turnTile(tile, t.at + c * t.col + r * t.row, t.col, t.row);
-            }
-    const int32_t tw = rows.count > 0 ? cols.covered : 0;
-    const int32_t th = cols.count > 0 ? rows.covered : 0;
-    convert(shifted(s, tw, 0, chromaPerRow), shifted(t, tw, 0), w - tw, th);
-    convert(shifted(s, 0, th, chromaPerRow), shifted(t, 0, th), w, h - th);
+    // Turned, a source row moves one word along the surface's rows. The
+    // strips go in the order of rising addresses along those rows: written
+    // the other way round, a 1080p quarter turn took two to four times as
+    // long on a busy machine.
+    const TurnKernel kernel = turn[t.row > 0 ? 0 : 1];
+    const StripStarts rows = stripStarts(h, kStripRows);
+    for (int32_t i = 0; i < rows.count; ++i) {
+        const int32_t r = rows[t.row > 0 ? i : rows.count - 1 - i];
+        const int32_t c = int32_t(2 * kernel(shifted(s, 0, r, chromaPerRow), t.at + r * t.row, t.col, size_t(w >> 1)));
+        convert(shifted(s, c, r, chromaPerRow), shifted(t, c, r), w - c, kStripRows);
+    }
+    convert(shifted(s, 0, rows.covered, chromaPerRow), shifted(t, 0, rows.covered), w, h - rows.covered);
 }
 
 // The tail of the bottom-up ROTATE_NONE walk, which places rows from the full
@@ -329,10 +310,11 @@ struct BottomUpBlocks {
         const Target t = place(BottomUp[code], d, ew, code == ROTATE_NONE ? size.ch : eh);
         const Yuv2RgbKernels *k = yuv2rgbKernels();
         const PairKernel<uint16_t> *fast = k ? (chromaPerRow ? k->rgb565From422 : k->rgb565From420) : nullptr;
+        const TurnKernel *turn = k ? (chromaPerRow ? k->turn565From422 : k->turn565From420) : nullptr;
         const auto convert = [fast](const Source &from, const Target &to, int32_t w, int32_t h) {
             convertBlocks<chromaPerRow>(Coeff601, from, to, w, h, fast);
         };
-        convertInTiles(k, chromaPerRow, s, t, ew, eh, convert);
+        convertTurned(turn, chromaPerRow, s, t, ew, eh, convert);
         if constexpr (code == ROTATE_NONE)
             repeatOddEdges(t, size.cw, size.ch);
     }

@@ -32,9 +32,10 @@ struct Rgb16From420 {
         const Target t = place(TopDown[code], d, cw, ch);
         const Yuv2RgbKernels *k = yuv2rgbKernels();
         const PairKernel<uint16_t> *blocks = k ? k->rgb565From420Bt709 : nullptr;
-        convertInTiles(k, false, s, t, ew, eh, [blocks](const Source &from, const Target &to, int32_t w, int32_t h) {
-            convertBlocks<false>(Coeff709, from, to, w, h, blocks);
-        });
+        convertTurned(k ? k->turn565From420Bt709 : nullptr, false, s, t, ew, eh,
+                      [blocks](const Source &from, const Target &to, int32_t w, int32_t h) {
+                          convertBlocks<false>(Coeff709, from, to, w, h, blocks);
+                      });
         if (cw & 1) {
             // Under ROTATE_NONE the odd rows of this column take the offsets
             // of an even row's odd column.

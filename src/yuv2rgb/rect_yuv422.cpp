@@ -22,7 +22,8 @@ PIXMILL_INLINE void rowPairs709(const Source &s, const Surface &d, const ClipSiz
             convertRow(Coeff709, from.y + r * from.lumaStride, from.u + r * from.chromaStride,
                        from.v + r * from.chromaStride, to.at + r * to.row, to.col, w, rows);
     };
-    convertInTiles(k, true, s, place(TopDown[code], d, size.cw, size.ch), size.cw, size.ch, convert);
+    convertTurned(k ? k->turn565RowsBt709 : nullptr, true, s, place(TopDown[code], d, size.cw, size.ch), size.cw,
+                  size.ch, convert);
 }
 
 // The workers live in COLORCON. They are explicit specialisations, not
