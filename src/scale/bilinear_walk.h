@@ -105,6 +105,25 @@ public:
             out[i] = static_cast<uint8_t>(((8 - py) * u[i] + py * l[i]) >> 6);
     }
 
+    // Blends two target rows at the phases py0 and py1 from the same two
+    // source rows, out0[i] = ((8 - py0) * u[i] + py0 * l[i]) >> 6 and out1
+    // likewise: a row-pair kernel, run on a prefix of the n columns.
+    using PairKernel = size_t (*)(const int16_t *upper, const int16_t *lower, int32_t py0, int32_t py1,
+                                  uint8_t *out0, uint8_t *out1, size_t n);
+
+    // Two target rows from the same source rows, as row() twice.
+    void rowPair(PairKernel blend, const uint8_t *upper, const uint8_t *lower, int32_t py0, int32_t py1, uint8_t *out0,
+                 uint8_t *out1)
+    {
+        const int32_t r0 = upper == held_[1] ? 1 : 0;
+        const int16_t *u = filtered(upper, r0);
+        const int16_t *l = py0 | py1 ? filtered(lower, 1 - r0) : u;
+        for (auto i = static_cast<int32_t>(blend(u, l, py0, py1, out0, out1, size_t(n_))); i < n_; ++i) {
+            out0[i] = static_cast<uint8_t>(((8 - py0) * u[i] + py0 * l[i]) >> 6);
+            out1[i] = static_cast<uint8_t>(((8 - py1) * u[i] + py1 * l[i]) >> 6);
+        }
+    }
+
 private:
     // The most neighbouring target samples (8, 4 or 2) whose taps always lie
     // within 16 source bytes, or 0 when not even two do.

@@ -73,6 +73,24 @@ size_t blendPixels(const int16_t *const upper[3], const int16_t *const lower[3],
     return i;
 }
 
+size_t blendRowPair(const int16_t *upper, const int16_t *lower, int32_t py0, int32_t py1, uint8_t *out0,
+                    uint8_t *out1, size_t n)
+{
+    const hn::ScalableTag<int16_t> d;
+    const hn::Rebind<uint8_t, decltype(d)> d8;
+    const size_t N = hn::Lanes(d);
+    const auto w0 = hn::Set(d, static_cast<int16_t>(py0)), w1 = hn::Set(d, static_cast<int16_t>(py1));
+    size_t i = 0;
+    for (; i + N <= n; i += N) {
+        const auto u = hn::LoadU(d, upper + i), l = hn::LoadU(d, lower + i);
+        // 8 * u + py * (l - u) = (8 - py) * u + py * l, at most 64 * 255
+        const auto eight = hn::ShiftLeft<3>(u), diff = hn::Sub(l, u);
+        hn::StoreU(hn::DemoteTo(d8, hn::ShiftRight<6>(hn::Add(eight, hn::Mul(diff, w0)))), d8, out0 + i);
+        hn::StoreU(hn::DemoteTo(d8, hn::ShiftRight<6>(hn::Add(eight, hn::Mul(diff, w1)))), d8, out1 + i);
+    }
+    return i;
+}
+
 // A halving block's pair weights of one kind (even or odd), as 16-bit lanes
 // of byte pairs (8 - px, px), times the upper and lower rows' weights: each
 // byte of a product stays below 65, so the 16-bit products are the byte
@@ -241,6 +259,7 @@ size_t upby4(const uint8_t *top, const uint8_t *bottom, uint8_t *const t[4], siz
 constexpr ScaleKernels kScale{{&filterColumns, &blendRows},
                               &filterPixels,
                               &blendPixels,
+                              &blendRowPair,
                               &blendPairBlocks,
                               &downby2,
                               &downto3by3,

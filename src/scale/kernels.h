@@ -58,6 +58,10 @@ struct ScaleKernels {
     size_t (*blendPixels)(const int16_t *const upper[3], const int16_t *const lower[3], int32_t py, uint16_t *out,
                           size_t n);
 
+    // Two target rows of the bilinear walk from the same source rows (see
+    // BilinearStrip::PairKernel).
+    BilinearStrip::PairKernel blendRowPair;
+
     // Halving bilinear row, block by block: for each block b and lane t,
     // with h(row) = the lane's weighted pair of that row as in PairBlocks,
     // out[from[b] + t] = ((8 - py) * h(upper) + py * h(lower)) >> 6.

@@ -32,16 +32,23 @@ PIXMILL_INLINE void scaleRow(const uint8_t *upper, const uint8_t *lower, uint8_t
 // The vector walk (scale/bilinear_walk.h), strip by strip. Columns run on
 // the lattice of the tap shift; rows likewise, with the lower row `dy`
 // bytes below the upper one.
-void scaleInStrips(const BilinearRowKernels &k, const Columns &columns, const uint8_t *corner, ptrdiff_t stride,
+void scaleInStrips(const ScaleKernels &k, const Columns &columns, const uint8_t *corner, ptrdiff_t stride,
                    ptrdiff_t dy, uint8_t *target, int32_t dstW, int32_t dstH, int32_t stepY, int32_t shiftY)
 {
     const int32_t width = BilinearStrip::width(columns);
     for (int32_t i0 = 0; i0 < dstW; i0 += width) {
-        BilinearStrip strip(k, columns, i0, min32(width, dstW - i0));
+        BilinearStrip strip(k.bilinear, columns, i0, min32(width, dstW - i0));
         uint8_t *out = target + i0;
         int32_t posY = 0;
         for (int32_t j = 0; j < dstH; ++j, posY += stepY, out += dstW) {
             const uint8_t *upper = corner + (positionIndex(posY) << shiftY) * stride;
+            // Enlarging, the next row often blends the same two source rows.
+            if (j + 1 < dstH && positionIndex(posY + stepY) == positionIndex(posY)) {
+                strip.rowPair(k.blendRowPair, upper, upper + dy, positionPhase(posY), positionPhase(posY + stepY), out,
+                              out + dstW);
+                ++j, posY += stepY, out += dstW;
+                continue;
+            }
             strip.row(upper, upper + dy, positionPhase(posY), out);
         }
     }
@@ -176,7 +183,7 @@ void gScalePlane(const uint8_t *source, uint8_t *target, int32_t sourceWidth, in
             return;
         }
         const Columns columns{0, stepX, shiftX, dx, dstW, sourceWidth - r.x};
-        scaleInStrips(k->bilinear, columns, corner, stride, dy, target, dstW, dstH, stepY, shiftY);
+        scaleInStrips(*k, columns, corner, stride, dy, target, dstW, dstH, stepY, shiftY);
         return;
     }
     const bool spread = dx != 1;
