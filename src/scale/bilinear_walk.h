@@ -82,6 +82,13 @@ public:
             const int32_t first = from + count_ * size_;
             int32_t &base = groups_.base[count_];
             base = min32(positionIndex(c.start + first * c.step) << c.shift, c.readable - 16);
+            // An odd group whose taps lie in the 16 bytes of the group before
+            // it shares them, so that a vector of two groups loads them once.
+            if (count_ & 1) {
+                const int32_t last = c.start + (first + size_ - 1) * c.step;
+                if ((positionIndex(last) << c.shift) + c.far < groups_.base[count_ - 1] + 16)
+                    base = groups_.base[count_ - 1];
+            }
             for (int32_t t = 0; t < 8; ++t) {
                 const int32_t pos = c.start + (first + (t < size_ ? t : 0)) * c.step; // past the size: lane 0
                 const int32_t nearTap = (positionIndex(pos) << c.shift) - base;
