@@ -67,8 +67,10 @@ inline size_t filterColumns(const uint8_t *row, const ColumnGroups &groups, size
         const hn::FixedTag<uint8_t, 32> d32;
         const hn::FixedTag<int16_t, 16> d16;
         for (; g + 2 <= count; g += 2, out += 16) {
-            const auto bytes =
-                hn::Combine(d32, hn::LoadU(d8, row + groups.base[g + 1]), hn::LoadU(d8, row + groups.base[g]));
+            const auto bytes = groups.base[g + 1] == groups.base[g]
+                                   ? hn::LoadDup128(d32, row + groups.base[g])
+                                   : hn::Combine(d32, hn::LoadU(d8, row + groups.base[g + 1]),
+                                                 hn::LoadU(d8, row + groups.base[g]));
             const auto taps = hn::LoadU(d32, groups.taps[g]), weights = hn::LoadU(d32, groups.weights[g]);
             hn::StoreU(filterGroups(bytes, taps, weights), d16, out);
         }

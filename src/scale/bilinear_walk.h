@@ -82,6 +82,13 @@ public:
             const int32_t first = from + count_ * size_;
             int32_t &base = groups_.base[count_];
             base = min32(positionIndex(c.start + first * c.step) << c.shift, c.readable - 16);
+            // An odd group whose taps lie in the 16 bytes of the group before
+            // it shares them, so that a vector of two groups loads them once.
+            if (count_ & 1) {
+                const int32_t last = c.start + (first + size_ - 1) * c.step;
+                if ((positionIndex(last) << c.shift) + c.far < groups_.base[count_ - 1] + 16)
+                    base = groups_.base[count_ - 1];
+            }
             for (int32_t t = 0; t < 8; ++t) {
                 const int32_t pos = c.start + (first + (t < size_ ? t : 0)) * c.step; // past the size: lane 0
                 const int32_t nearTap = (positionIndex(pos) << c.shift) - base;
@@ -103,6 +110,25 @@ public:
         const int16_t *l = py ? filtered(lower, 1 - r0) : u;
         for (auto i = static_cast<int32_t>(k_.blendRows(u, l, py, out, size_t(n_))); i < n_; ++i)
             out[i] = static_cast<uint8_t>(((8 - py) * u[i] + py * l[i]) >> 6);
+    }
+
+    // Blends two target rows at the phases py0 and py1 from the same two
+    // source rows, out0[i] = ((8 - py0) * u[i] + py0 * l[i]) >> 6 and out1
+    // likewise: a row-pair kernel, run on a prefix of the n columns.
+    using PairKernel = size_t (*)(const int16_t *upper, const int16_t *lower, int32_t py0, int32_t py1,
+                                  uint8_t *out0, uint8_t *out1, size_t n);
+
+    // Two target rows from the same source rows, as row() twice.
+    void rowPair(PairKernel blend, const uint8_t *upper, const uint8_t *lower, int32_t py0, int32_t py1, uint8_t *out0,
+                 uint8_t *out1)
+    {
+        const int32_t r0 = upper == held_[1] ? 1 : 0;
+        const int16_t *u = filtered(upper, r0);
+        const int16_t *l = py0 | py1 ? filtered(lower, 1 - r0) : u;
+        for (auto i = static_cast<int32_t>(blend(u, l, py0, py1, out0, out1, size_t(n_))); i < n_; ++i) {
+            out0[i] = static_cast<uint8_t>(((8 - py0) * u[i] + py0 * l[i]) >> 6);
+            out1[i] = static_cast<uint8_t>(((8 - py1) * u[i] + py1 * l[i]) >> 6);
+        }
     }
 
 private:

@@ -71,61 +71,79 @@ size_t blendPixels(const int16_t *const upper[3], const int16_t *const lower[3],
     return i;
 }
 
-// blendPairRuns for one vector of target samples from i on, one sample per
-// 16-bit lane: across first, then down, at most 64 * 255.
+// One target row of a row pair: ((8 - py) * u + py * l) >> 6 for whole
+// vectors of the lanes [from, to).
 template <class D>
-HWY_INLINE void blendPairVector(D d, const uint8_t *upper, const uint8_t *lower, hn::Vec<D> py,
-                                hn::Vec<hn::Repartition<uint8_t, D>> px, uint8_t *out, size_t i)
+HWY_INLINE void blendRowPart(D d, const int16_t *upper, const int16_t *lower, hn::Vec<D> w, uint8_t *out, size_t from,
+                             size_t to)
 {
-    const hn::Repartition<uint8_t, D> d8;
-    const hn::Rebind<uint8_t, D> dOut;
-    const auto u = filterPairs(hn::LoadU(d8, upper + 2 * i), px);
-    const auto l = filterPairs(hn::LoadU(d8, lower + 2 * i), px);
-    const auto sum = hn::Add(hn::ShiftLeft<3>(u), hn::Mul(hn::Sub(l, u), py));
-    hn::StoreU(hn::DemoteTo(dOut, hn::ShiftRight<6>(sum)), dOut, out + i);
+    const hn::Rebind<uint8_t, D> d8;
+    for (size_t i = from; i + hn::Lanes(d) <= to; i += hn::Lanes(d)) {
+        const auto u = hn::LoadU(d, upper + i), l = hn::LoadU(d, lower + i);
+        // 8 * u + py * (l - u) = (8 - py) * u + py * l, at most 64 * 255
+        const auto sum = hn::Add(hn::ShiftLeft<3>(u), hn::Mul(hn::Sub(l, u), w));
+        hn::StoreU(hn::DemoteTo(d8, hn::ShiftRight<6>(sum)), d8, out + i);
+    }
 }
 
-// The columns [from, to) of a run: whole vectors of D from the start, and a
-// last one that ends at `to` and overlaps the one before it (it writes the
-// same bytes again). False when the run is narrower than a vector.
-template <class D>
-HWY_INLINE bool blendPairVectors(D d, const uint8_t *upper, const uint8_t *lower, hn::Vec<D> py, const PairRun &run,
-                                 uint8_t *out)
-{
-    const auto N = static_cast<int32_t>(hn::Lanes(d));
-    if (run.to - run.from < N)
-        return false;
-    // Byte weights (8 - px, px) of each pair, the near one first in memory.
-    const auto weights = static_cast<int16_t>((run.px << 8) | (8 - run.px));
-    const auto px = hn::BitCast(hn::Repartition<uint8_t, D>(), hn::Set(d, weights));
-    const uint8_t *u = upper + run.offset, *l = lower + run.offset;
-    int32_t i = run.from;
-    for (; i + N <= run.to; i += N)
-        blendPairVector(d, u, l, py, px, out, size_t(i));
-    if (i < run.to)
-        blendPairVector(d, u, l, py, px, out, size_t(run.to - N));
-    return true;
-}
-
-void blendPairRuns(const uint8_t *upper, const uint8_t *lower, int32_t py, const PairRun *runs, size_t count,
-                   uint8_t *out)
+size_t blendRowPair(const int16_t *upper, const int16_t *lower, int32_t py0, int32_t py1, uint8_t *out0,
+                    uint8_t *out1, size_t n)
 {
     const hn::ScalableTag<int16_t> d;
-    const hn::FixedTag<int16_t, kMinPairRun> d8;
-    const auto wide = hn::Set(d, static_cast<int16_t>(py));
-    const auto narrow = hn::Set(d8, static_cast<int16_t>(py));
-#if HWY_TARGET == HWY_AVX3
-    const hn::FixedTag<int16_t, 16> d16;
-    const auto middle = hn::Set(d16, static_cast<int16_t>(py));
-#endif
-    for (const PairRun *run = runs; run != runs + count; ++run) {
-        if (blendPairVectors(d, upper, lower, wide, *run, out))
-            continue;
-#if HWY_TARGET == HWY_AVX3
-        if (blendPairVectors(d16, upper, lower, middle, *run, out))
-            continue;
-#endif
-        blendPairVectors(d8, upper, lower, narrow, *run, out);
+    const size_t N = hn::Lanes(d);
+    const auto w0 = hn::Set(d, static_cast<int16_t>(py0)), w1 = hn::Set(d, static_cast<int16_t>(py1));
+    // One row after the other: two rows written side by side were slower
+    // where the target does not stay in the caches; the filtered lanes are
+    // read again from the L1 cache.
+    const size_t whole = n / N * N;
+    blendRowPart(d, upper, lower, w0, out0, 0, whole);
+    blendRowPart(d, upper, lower, w1, out1, 0, whole);
+    return whole;
+}
+
+// A halving block's pair weights of one kind (even or odd), as 16-bit lanes
+// of byte pairs (8 - px, px), times the upper and lower rows' weights: each
+// byte of a product stays below 65, so the 16-bit products are the byte
+// products.
+template <class D>
+HWY_INLINE void rowWeights(D d, const uint8_t *pairs, hn::Vec<D> wUpper, hn::Vec<D> wLower,
+                           hn::Vec<hn::Repartition<uint8_t, D>> &upper, hn::Vec<hn::Repartition<uint8_t, D>> &lower)
+{
+    const hn::Repartition<uint8_t, D> d8;
+    const auto w = hn::BitCast(d, hn::LoadU(d8, pairs));
+    upper = hn::BitCast(d8, hn::Mul(w, wUpper));
+    lower = hn::BitCast(d8, hn::Mul(w, wLower));
+}
+
+void blendPairBlocks(const uint8_t *upper, const uint8_t *lower, int32_t py, const PairBlocks &blocks, size_t count,
+                     uint8_t *out)
+{
+    constexpr size_t kLanes = PairBlocks::kLanes;
+    // At most 16 lanes: on AVX-512 two 256-bit steps per block ran no slower
+    // than one 512-bit step.
+    const hn::CappedTag<int16_t, 16> d;
+    const hn::Repartition<uint8_t, decltype(d)> d8;
+    const hn::Rebind<uint8_t, decltype(d)> dOut;
+    const size_t N = hn::Lanes(d);
+    const auto wUpper = hn::Set(d, static_cast<int16_t>(8 - py)), wLower = hn::Set(d, static_cast<int16_t>(py));
+    for (size_t b = 0; b < count; ++b) {
+        const uint8_t *u = upper + blocks.base[b], *l = lower + blocks.base[b];
+        const bool mixed = blocks.mixed[b] != 0;
+        uint8_t *o = out + blocks.from[b];
+        for (size_t t = 0; t < kLanes; t += N) {
+            // (8 - py) * ((8 - px) * a + px * b) + py * ((8 - px) * c + px * d),
+            // at most 64 * 255 per lane and per pair of products
+            hn::Vec<decltype(d8)> eu, el;
+            rowWeights(d, blocks.even[b] + 2 * t, wUpper, wLower, eu, el);
+            auto sum = hn::Add(filterPairs(hn::LoadU(d8, u + 2 * t), eu), filterPairs(hn::LoadU(d8, l + 2 * t), el));
+            if (mixed) {
+                hn::Vec<decltype(d8)> ou, ol;
+                rowWeights(d, blocks.odd[b] + 2 * t, wUpper, wLower, ou, ol);
+                sum = hn::Add(sum, hn::Add(filterPairs(hn::LoadU(d8, u + 2 * t + 1), ou),
+                                           filterPairs(hn::LoadU(d8, l + 2 * t + 1), ol)));
+            }
+            hn::StoreU(hn::DemoteTo(dOut, hn::ShiftRight<6>(sum)), dOut, o + t);
+        }
     }
 }
 
@@ -340,7 +358,8 @@ size_t upby4(const uint8_t *top, const uint8_t *bottom, uint8_t *const t[4], siz
 constexpr ScaleKernels kScale{{&filterColumns, &blendRows},
                               &filterPixels,
                               &blendPixels,
-                              &blendPairRuns,
+                              &blendRowPair,
+                              &blendPairBlocks,
                               &downby2,
                               &downto3by3,
                               &upby2Row,

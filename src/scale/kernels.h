@@ -24,12 +24,24 @@ struct PixelGroup {
     uint16_t phase[8];
 };
 
-// Target columns [from, to) of a halving walk whose near taps stand at
-// 2i + offset, all at phase px.
-struct PairRun {
-    int32_t from, to, offset, px;
+// Blocks of kLanes neighbouring target columns of a halving walk, whose
+// near taps lie kLanes * 2 samples apart give or take one. Block b covers
+// the target columns from[b] .. from[b] + kLanes - 1; its lane t takes the
+// byte pair (near, near + 1) at near = base[b] + 2t, weighted by
+// even[b][2t] = 8 - px and even[b][2t + 1] = px, or at near = base[b] + 2t
+// + 1, weighted by odd[b][2t] and odd[b][2t + 1]; the other pair of the lane
+// weighs 0. `mixed[b]` is 0 when no lane of the block takes an odd pair (all
+// odd weights are 0). A block reads the source bytes base[b] .. base[b] +
+// 2 * kLanes of a row.
+struct PairBlocks {
+    static constexpr int32_t kLanes = 32;
+    static constexpr int32_t kCount = 128;
+    int32_t from[kCount];
+    int32_t base[kCount];
+    uint8_t mixed[kCount];
+    uint8_t even[kCount][2 * kLanes];
+    uint8_t odd[kCount][2 * kLanes];
 };
-constexpr int32_t kMinPairRun = 8;
 
 struct ScaleKernels {
     // The two passes of the bilinear plane scaler.
@@ -46,13 +58,16 @@ struct ScaleKernels {
     size_t (*blendPixels)(const int16_t *const upper[3], const int16_t *const lower[3], int32_t py, uint16_t *out,
                           size_t n);
 
-    // Halving bilinear row, run by run: target columns i of a run take the
-    // taps at c = 2i + offset, all at the phases (px, py): out[i] = ((8 - py)
-    // * ((8 - px) * upper[c] + px * upper[c + 1]) + py * ((8 - px) * lower[c]
-    // + px * lower[c + 1])) >> 6. Reads no byte that is not a tap of the
-    // run. Runs of fewer than kMinPairRun columns are left to the caller.
-    void (*blendPairRuns)(const uint8_t *upper, const uint8_t *lower, int32_t py, const PairRun *runs, size_t count,
-                          uint8_t *out);
+    // Two target rows of the bilinear walk from the same source rows (see
+    // BilinearStrip::PairKernel).
+    BilinearStrip::PairKernel blendRowPair;
+
+    // Halving bilinear row, block by block: for each block b and lane t,
+    // with h(row) = the lane's weighted pair of that row as in PairBlocks,
+    // out[from[b] + t] = ((8 - py) * h(upper) + py * h(lower)) >> 6.
+    // Handles all `count` blocks.
+    void (*blendPairBlocks)(const uint8_t *upper, const uint8_t *lower, int32_t py, const PairBlocks &blocks,
+                            size_t count, uint8_t *out);
 
     // Fixed ratios; `n` counts target samples of one row, or blocks.
     // downby2: out[i] = (9a + 3b + 3c + d) >> 4 from a = top[2i], b =

@@ -32,30 +32,37 @@ PIXMILL_INLINE void scaleRow(const uint8_t *upper, const uint8_t *lower, uint8_t
 // The vector walk (scale/bilinear_walk.h), strip by strip. Columns run on
 // the lattice of the tap shift; rows likewise, with the lower row `dy`
 // bytes below the upper one.
-void scaleInStrips(const BilinearRowKernels &k, const Columns &columns, const uint8_t *corner, ptrdiff_t stride,
+void scaleInStrips(const ScaleKernels &k, const Columns &columns, const uint8_t *corner, ptrdiff_t stride,
                    ptrdiff_t dy, uint8_t *target, int32_t dstW, int32_t dstH, int32_t stepY, int32_t shiftY)
 {
     const int32_t width = BilinearStrip::width(columns);
     for (int32_t i0 = 0; i0 < dstW; i0 += width) {
-        BilinearStrip strip(k, columns, i0, min32(width, dstW - i0));
+        BilinearStrip strip(k.bilinear, columns, i0, min32(width, dstW - i0));
         uint8_t *out = target + i0;
         int32_t posY = 0;
         for (int32_t j = 0; j < dstH; ++j, posY += stepY, out += dstW) {
             const uint8_t *upper = corner + (positionIndex(posY) << shiftY) * stride;
+            // Enlarging, the next row often blends the same two source rows.
+            if (j + 1 < dstH && positionIndex(posY + stepY) == positionIndex(posY)) {
+                strip.rowPair(k.blendRowPair, upper, upper + dy, positionPhase(posY), positionPhase(posY + stepY), out,
+                              out + dstW);
+                ++j, posY += stepY, out += dstW;
+                continue;
+            }
             strip.row(upper, upper + dy, positionPhase(posY), out);
         }
     }
 }
 
 // Halving: neighbouring taps and a step within kMaxPairDrift of two
-// samples. Column i stands at i * stepX = 2i samples + i * drift, with drift
-// = stepX - 2 samples; 2i samples are a whole number of eighths, so the
-// position in eighths is 16i + ((i * drift) >> 15). Over a run of columns
-// that share e = (i * drift) >> 15, column i takes the taps 2i + (e >> 3)
-// and 2i + (e >> 3) + 1 at phase e & 7: even and odd bytes with constant
-// weights. |drift| stays below an eighth of an eighth, so runs are at least
-// 8 columns long (the last one may be cut by the row's end), and i * drift
-// fits 32 bits for every width.
+// samples. Column i stands at i * stepX = 2i samples + i * drift, drift =
+// stepX - 2 samples; |drift| stays below an eighth of an eighth, so over a
+// block of PairBlocks::kLanes columns the near taps stray from 2 samples
+// apart by less than half a sample: each lies at 2t or 2t + 1 from the
+// block's base. Blocks run through the row, the last one overlapping the one
+// before it; a column that no block can take (the first, whose neighbour
+// may stand one sample short of 2, or where a block would read past the
+// row) goes to the plain blend.
 constexpr int32_t kTwoSamples = 2 << kPositionBits;
 constexpr int32_t kMaxPairDrift = 1 << 12;
 
@@ -64,24 +71,58 @@ PIXMILL_INLINE bool walksInPairs(int32_t stepX, int32_t shiftX, int32_t dx)
     return shiftX == 0 && dx == 1 && stepX > kTwoSamples - kMaxPairDrift && stepX < kTwoSamples + kMaxPairDrift;
 }
 
-void scaleInPairs(const ScaleKernels &k, const uint8_t *corner, ptrdiff_t stride, ptrdiff_t dy, uint8_t *target,
-                  int32_t dstW, int32_t dstH, int32_t stepX, int32_t stepY, int32_t shiftY)
+// Fills block n for the columns from `from` on; false when their taps do not
+// fit a block or it would read outside the `readable` bytes of a row.
+bool pairBlock(PairBlocks &blocks, int32_t n, int32_t from, int32_t stepX, int32_t readable)
 {
-    constexpr int32_t kRuns = 64;
-    PairRun runs[kRuns];
-    const int32_t drift = stepX - kTwoSamples;
-    for (int32_t i = 0; i < dstW;) {
-        // Up to kRuns runs from column i on, then every row over them.
-        int32_t count = 0;
-        bool anyShort = false;
-        for (; count < kRuns && i < dstW; ++count) {
-            const int32_t eighths = (i * drift) >> 15;
-            PairRun &run = runs[count];
-            run = {i, i, eighths >> 3, eighths & 7};
-            while (run.to < dstW && (run.to * drift) >> 15 == eighths)
-                ++run.to;
-            i = run.to;
-            anyShort |= run.to - run.from < kMinPairRun;
+    constexpr int32_t kLanes = PairBlocks::kLanes;
+    int32_t rel[kLanes];
+    const int32_t start = from * stepX;
+    int32_t lo = positionIndex(start), hi = lo;
+    for (int32_t t = 0, pos = start; t < kLanes; ++t, pos += stepX) {
+        rel[t] = positionIndex(pos) - 2 * t;
+        lo = min32(lo, rel[t]);
+        hi = rel[t] > hi ? rel[t] : hi;
+    }
+    if (hi - lo > 1 || lo < 0 || lo + 2 * kLanes + 1 > readable)
+        return false;
+    blocks.from[n] = from;
+    blocks.base[n] = lo;
+    blocks.mixed[n] = static_cast<uint8_t>(hi != lo);
+    for (int32_t t = 0, pos = start; t < kLanes; ++t, pos += stepX) {
+        const int32_t px = positionPhase(pos);
+        const bool odd = rel[t] != lo;
+        blocks.even[n][2 * t] = static_cast<uint8_t>(odd ? 0 : 8 - px);
+        blocks.even[n][2 * t + 1] = static_cast<uint8_t>(odd ? 0 : px);
+        blocks.odd[n][2 * t] = static_cast<uint8_t>(odd ? 8 - px : 0);
+        blocks.odd[n][2 * t + 1] = static_cast<uint8_t>(odd ? px : 0);
+    }
+    return true;
+}
+
+void scaleInPairs(const ScaleKernels &k, const uint8_t *corner, ptrdiff_t stride, ptrdiff_t dy, uint8_t *target,
+                  int32_t dstW, int32_t dstH, int32_t stepX, int32_t stepY, int32_t shiftY, int32_t readable)
+{
+    constexpr int32_t kLanes = PairBlocks::kLanes;
+    // Strips of whole blocks, with room for the last one to overlap.
+    constexpr int32_t kStrip = (PairBlocks::kCount - 1) * kLanes;
+    PairBlocks blocks;
+    int32_t plainFrom[PairBlocks::kCount + 1], plainTo[PairBlocks::kCount + 1];
+    for (int32_t s0 = 0; s0 < dstW; s0 += kStrip) {
+        const int32_t s1 = min32(dstW, s0 + kStrip);
+        int32_t count = 0, plain = 0;
+        for (int32_t i = s0; i < s1;) {
+            const int32_t from = min32(i, s1 - kLanes);
+            if (from >= s0 && pairBlock(blocks, count, from, stepX, readable)) {
+                ++count;
+                i = from + kLanes;
+                continue;
+            }
+            if (plain && plainTo[plain - 1] == i)
+                ++plainTo[plain - 1];
+            else
+                plainFrom[plain] = i, plainTo[plain] = i + 1, ++plain;
+            ++i;
         }
         int32_t posY = 0;
         uint8_t *out = target;
@@ -89,17 +130,20 @@ void scaleInPairs(const ScaleKernels &k, const uint8_t *corner, ptrdiff_t stride
             const uint8_t *upper = corner + (positionIndex(posY) << shiftY) * stride;
             const uint8_t *lower = upper + dy;
             const int32_t py = positionPhase(posY);
-            k.blendPairRuns(upper, lower, py, runs, size_t(count), out);
-            if (!anyShort)
-                continue;
-            const WeightRow<uint8_t> w = weightRow(BilinearWeights, py);
-            for (const PairRun *run = runs; run != runs + count; ++run) {
-                if (run->to - run->from >= kMinPairRun)
-                    continue;
-                for (int32_t c = run->from, col = 2 * c + run->offset; c < run->to; ++c, col += 2)
-                    out[c] = static_cast<uint8_t>(
-                        blend(w, run->px, upper[col], upper[col + 1], lower[col], lower[col + 1]));
+            k.blendPairBlocks(upper, lower, py, blocks, size_t(count), out);
+            int32_t g = 0;
+            if (plain && plainFrom[0] == 0 && plainTo[0] == 1) {
+                // Column 0 stands at phase 0: its right taps weigh 0.
+                out[0] = static_cast<uint8_t>(((8 - py) * upper[0] + py * lower[0]) >> 3);
+                g = 1;
             }
+            const WeightRow<uint8_t> w = weightRow(BilinearWeights, py);
+            for (; g < plain; ++g)
+                for (int32_t c = plainFrom[g], pos = c * stepX; c < plainTo[g]; ++c, pos += stepX) {
+                    const int32_t col = positionIndex(pos);
+                    out[c] = static_cast<uint8_t>(
+                        blend(w, positionPhase(pos), upper[col], upper[col + 1], lower[col], lower[col + 1]));
+                }
         }
     }
 }
@@ -135,11 +179,11 @@ void gScalePlane(const uint8_t *source, uint8_t *target, int32_t sourceWidth, in
     const uint8_t *corner = source + r.y * stride + r.x;
     if (const ScaleKernels *k = scaleKernels()) {
         if (walksInPairs(stepX, shiftX, dx)) {
-            scaleInPairs(*k, corner, stride, dy, target, dstW, dstH, stepX, stepY, shiftY);
+            scaleInPairs(*k, corner, stride, dy, target, dstW, dstH, stepX, stepY, shiftY, sourceWidth - r.x);
             return;
         }
         const Columns columns{0, stepX, shiftX, dx, dstW, sourceWidth - r.x};
-        scaleInStrips(k->bilinear, columns, corner, stride, dy, target, dstW, dstH, stepY, shiftY);
+        scaleInStrips(*k, columns, corner, stride, dy, target, dstW, dstH, stepY, shiftY);
         return;
     }
     const bool spread = dx != 1;
