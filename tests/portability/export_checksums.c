@@ -33,6 +33,7 @@ typedef struct {
     ChecksumLine line;
     void *context;
 } Run;
+typedef char check_inputs_first[offsetof(Run, rgb565) == W * H * 17 / 2 ? 1 : -1];
 
 static void mix(Run *r, const void *bytes, size_t n)
 {
@@ -48,10 +49,9 @@ static void fill(Run *r) { memset(r->out16, 0xA5, sizeof r->out16); }
 static void take(Run *r, int32_t result)
 {
     uint8_t b[4];
-    b[0] = (uint8_t)result;
-    b[1] = (uint8_t)(result >> 8);
-    b[2] = (uint8_t)(result >> 16);
-    b[3] = (uint8_t)(result >> 24);
+    int i;
+    for (i = 0; i < 4; ++i)
+        b[i] = (uint8_t)((uint32_t)result >> 8 * i);
     mix(r, b, 4);
     mix(r, r->out16, sizeof r->out16);
     fill(r);
@@ -82,14 +82,9 @@ static void makeInputs(Run *r)
     uint32_t x = 0x12345678u;
     size_t i;
 #define NEXT (x ^= x << 13, x ^= x >> 17, x ^= x << 5, x)
-    for (i = 0; i < sizeof r->src420; ++i)
-        r->src420[i] = (uint8_t)NEXT;
-    for (i = 0; i < sizeof r->src422; ++i)
-        r->src422[i] = (uint8_t)NEXT;
-    for (i = 0; i < sizeof r->packed; ++i)
-        r->packed[i] = (uint8_t)NEXT;
-    for (i = 0; i < sizeof r->bgr; ++i)
-        r->bgr[i] = (uint8_t)NEXT;
+    /* src420, src422, packed and bgr in turn: the bytes the record starts with. */
+    for (i = 0; i < offsetof(Run, rgb565); ++i)
+        ((uint8_t *)r)[i] = (uint8_t)NEXT;
     for (i = 0; i < W * H; ++i)
         r->rgb565[i] = (uint16_t)NEXT;
 #undef NEXT

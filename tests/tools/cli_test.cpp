@@ -213,11 +213,6 @@ TEST_F(Cli, FfmpegTestsrcThroughPixmillReadsBack)
         EXPECT_EQ(r.code, 0) << r.err;
         EXPECT_EQ(r.out, std::string(c.expect) + "\n") << r.err;
     }
-    // RGB out of pixmill, read by ffmpeg as raw video.
-    const Result r = shell(ff + "-pix_fmt yuv420p - | " + cli() + " convert - t.rgb --to rgb24 && '" +
-                           PIXMILL_FFMPEG + "' -v error -f rawvideo -pix_fmt rgb24 -s 176x144 -i t.rgb -f null - " +
-                           "-stats 2>&1 | grep -o 'frame= *4'");
-    EXPECT_EQ(r.code, 0) << r.err;
 }
 #endif
 

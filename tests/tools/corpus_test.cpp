@@ -5,17 +5,12 @@
 // non-zero exit, leaves neither an output nor a temporary file, and leaves
 // an existing output file as it was. Also: which PNGs are read, and the
 // progress line on a terminal.
-#include <fcntl.h>
 #include <png.h>
-#include <pty.h>
-#include <unistd.h>
 #include <zlib.h>
 
 #include <algorithm>
-#include <chrono>
 #include <optional>
 #include <regex>
-#include <thread>
 #include <vector>
 
 #include "cli_fixture.h"
@@ -124,19 +119,12 @@ TEST_F(Cli, BrokenInputIsRefusedByNameAndLeavesNoOutput)
          hdr + "\nFRAMES\n" + Bytes(384, 'x')},
         {"convert p10.y4m out.png", 1, "C420p10 has 10-bit samples",
          hdr + " C420p10 XYSCSS=420P10\nFRAME\n" + Bytes(768, 'x')},
-        {"scale p12.y4m out.y4m --size 8x8", 1, "C420p12 has 12-bit samples", hdr + " C420p12\n"},
-        {"info 422p10.y4m", 1, "C422p10 has 10-bit samples", hdr + " C422p10\n"},
-        {"info 444.y4m", 1, "C444 has 4:4:4 chroma", hdr + " C444\n"},
         {"info 444alpha.y4m", 1, "C444alpha has 4:4:4 chroma and an alpha plane", hdr + " C444alpha\n"},
         {"info mono16.y4m", 1, "Cmono16 has 16-bit samples", hdr + " Cmono16\n"},
         {"info odd-tag.y4m", 1, "Cxyz is not a colour space pixmill knows", hdr + " Cxyz\n"},
         // PNG colour types that would lose data, damage, sizes.
         {"convert rgb48.png out.yuv --to yuv420p", 1, "rgb48.png: PNG with 16-bit samples",
          png(2, 2, PNG_COLOR_TYPE_RGB, 16, randomBytes(rnd, 2 * 2 * 6))},
-        {"convert grey16.png out.yuv --to yuv420p", 1, "PNG with 16-bit samples",
-         png(2, 2, PNG_COLOR_TYPE_GRAY, 16, randomBytes(rnd, 2 * 2 * 2))},
-        {"convert rgba.png out.yuv --to yuv420p", 1, "PNG with an alpha channel",
-         png(2, 2, PNG_COLOR_TYPE_RGBA, 8, randomBytes(rnd, 2 * 2 * 4))},
         {"convert greyalpha.png out.yuv --to yuv420p", 1, "PNG with an alpha channel",
          png(2, 2, PNG_COLOR_TYPE_GRAY_ALPHA, 8, randomBytes(rnd, 2 * 2 * 2))},
         {"convert trns.png out.yuv --to yuv420p", 1, "PNG with transparency",
@@ -153,7 +141,6 @@ TEST_F(Cli, BrokenInputIsRefusedByNameAndLeavesNoOutput)
          withPngSize(rgbPng, 40000, 40000)},
         // Raw sizes on the command line.
         {"convert img.rgb565 out.yuv --format rgb565 --size 0x10", 2, "'0x10': expected WxH with sides from 1 to 65535"},
-        {"convert img.rgb565 out.yuv --format rgb565 --size -20x10", 2, "--size '-20x10': expected WxH"},
         {"convert img.rgb565 out.yuv --format rgb565 --size 65536x2", 2, "--size '65536x2': expected WxH"},
         // An operation's rules, checked before the call.
         {"scale good.y4m out.y4m --size 17x12", 1, "gScaleFrame: target width 17 is odd"},
@@ -231,67 +218,29 @@ TEST_F(Cli, GreyAndPalettePngsAreReadAsTheirColours)
     }
 }
 
-// Runs `pixmill rotate - out.y4m --rotate 180 FLAGS` with its standard error
-// on a pseudo-terminal (or a file), feeding `head` at once and `tail` after a
-// pause of more than a second. Returns what standard error received.
-std::string slowJob(const std::string &dir, const std::string &flags, bool terminal, const Bytes &head,
-                    const Bytes &tail)
-{
-    int master = -1, slave = -1, input[2];
-    if (terminal && openpty(&master, &slave, nullptr, nullptr, nullptr) != 0)
-        return "openpty failed";
-    if (!terminal)
-        slave = open((dir + "/.slow-err").c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600);
-    if (slave < 0 || pipe(input) != 0)
-        return "no pipe";
-    const std::string args = "rotate - out.y4m --rotate 180 " + flags;
-    const pid_t child = fork();
-    if (child == 0) {
-        dup2(input[0], STDIN_FILENO);
-        dup2(slave, STDERR_FILENO);
-        close(input[1]);
-        if (chdir(dir.c_str()) != 0)
-            _exit(126);
-        execl("/bin/sh", "sh", "-c", ("exec '" + std::string(PIXMILL_CLI) + "' " + args).c_str(), nullptr);
-        _exit(127);
-    }
-    close(input[0]);
-    close(slave);
-    bool fed = write(input[1], head.data(), head.size()) == static_cast<ssize_t>(head.size());
-    std::this_thread::sleep_for(std::chrono::milliseconds(1300));
-    fed = fed && write(input[1], tail.data(), tail.size()) == static_cast<ssize_t>(tail.size());
-    close(input[1]);
-    int status = 0;
-    waitpid(child, &status, 0);
-    if (!fed || !WIFEXITED(status) || WEXITSTATUS(status) != 0)
-        return "the job failed";
-    std::string err;
-    if (terminal) {
-        char buffer[512];
-        for (ssize_t n; (n = ::read(master, buffer, sizeof buffer)) > 0;)
-            err.append(buffer, static_cast<size_t>(n));
-        close(master);
-    } else {
-        std::ostringstream text;
-        text << std::ifstream(dir + "/.slow-err").rdbuf();
-        err = text.str();
-    }
-    return err;
-}
-
 TEST_F(Cli, ProgressLineOnlyOnATerminalAndNotWhenQuiet)
 {
     Random rnd;
     const Bytes stream = y4m(rnd, 16, 16, "420jpeg", 3);
     const size_t second = stream.find("FRAME", stream.find("FRAME") + 1);
-    const Bytes head = stream.substr(0, second), tail = stream.substr(second);
-    const std::string shown = slowJob(dir_.string(), "", true, head, tail);
+    write("head", stream.substr(0, second));
+    write("tail", stream.substr(second));
+    // Frame 1 at once, the rest after more than a second; standard error on
+    // script(1)'s pseudo-terminal or in a file. Returns what it received.
+    const auto job = [&](const std::string &flags, bool terminal) {
+        const std::string feed = "(cat head; sleep 1.3; cat tail) | " + cli() + " rotate - out.y4m --rotate 180 " +
+                                 flags;
+        const Result r = shell(terminal ? "script -qec \"" + feed + "\" /dev/null </dev/null" : feed);
+        EXPECT_EQ(r.code, 0) << r.err;
+        return terminal ? r.out : r.err;
+    };
+    const std::string shown = job("", true);
     // Frame 2 comes after the first second; on a slow machine frame 1 may too.
     EXPECT_TRUE(std::regex_search(shown, std::regex("\rpixmill: [12] frames, [0-9]+\\.[0-9] fps "))) << shown;
     EXPECT_EQ(shown.back(), '\n') << shown;
     EXPECT_EQ(read("out.y4m").size(), stream.size());
-    EXPECT_EQ(slowJob(dir_.string(), "--quiet", true, head, tail), "");
-    EXPECT_EQ(slowJob(dir_.string(), "", false, head, tail), "");
+    EXPECT_EQ(job("--quiet", true), "");
+    EXPECT_EQ(job("", false), "");
 }
 
 } // namespace
