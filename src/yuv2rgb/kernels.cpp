@@ -103,6 +103,7 @@ HWY_INLINE TermsV chromaTerms(const uint8_t *u, const uint8_t *v)
 // column, back in the two bytes of each lane in the order of the store.
 // Words of pixels in pixel order per 128-bit block, lo then hi, clamped to
 // 0..255 and narrowed to one byte each: one saturating pack on x86.
+#  undef PIXMILL_PACKUS
 #  if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_SSE4
 #    define PIXMILL_PACKUS 1
 HWY_INLINE V8 clampToBytes(VI lo, VI hi)
@@ -361,7 +362,9 @@ size_t turnStrip(const Source &in, uint16_t *at, ptrdiff_t col, size_t pairs)
 }
 #    endif
 
-constexpr Yuv2RgbKernels kYuv2Rgb{
+// Highway's emulated target compiles this set too, but only the vector
+// targets' sets go into the dispatch table.
+HWY_MAYBE_UNUSED constexpr Yuv2RgbKernels kYuv2Rgb{
     &convertPairs<Rgb888From420, LeftToRight>,
     &convertPairs<Bgr24From420, LeftToRight>,
     &convertPairs<Bgr888From422, LeftToRight>,
