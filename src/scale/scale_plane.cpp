@@ -31,7 +31,7 @@ PIXMILL_INLINE void scaleRow(const uint8_t *upper, const uint8_t *lower, uint8_t
 
 // Target planes of at least this many bytes are written with non-temporal
 // stores: they would only push the source out of the caches.
-constexpr int64_t kStreamedTarget = int64_t(1) << 20;
+constexpr int64_t kStreamedTarget = int64_t(4) << 20;
 
 // The vector walk (scale/bilinear_walk.h), strip by strip. Columns run on
 // the lattice of the tap shift; rows likewise, with the lower row `dy`

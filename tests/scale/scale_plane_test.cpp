@@ -52,13 +52,13 @@ TEST(ScalePlane, MatchesModelOnRandomPlanes)
     }
 }
 
-// Enlargements to targets of a megabyte and more, which are written past the
+// Enlargements to targets of 4 MiB and more, which are written past the
 // caches: odd widths, so that rows start at every alignment.
 TEST(ScalePlane, MatchesModelOnLargeEnlargements)
 {
     Random rng;
-    for (int i = 0; i < 3; ++i) {
-        const ScaleCase k{rng.range(200, 600), rng.range(100, 500), 1025 + 2 * rng.range(0, 40), 1024, 0, 0, 5000, 5000};
+    for (int i = 0; i < 2; ++i) {
+        const ScaleCase k{rng.range(200, 600), rng.range(100, 500), 2049 + 2 * rng.range(0, 40), 2048, 0, 0, 5000, 5000};
         SCOPED_TRACE(::testing::Message() << "case " << i << ": " << k);
         const Guarded<uint8_t> src(size_t(k.sw) * size_t(k.sh), 0, rng.word(), Placement::PageEnd);
         Guarded<uint8_t> dst(size_t(k.dw) * size_t(k.dh), 1, rng.word(), Placement::Guarded);
