@@ -5,11 +5,12 @@
 #include "scale/kernels.h"
 
 #include "scale/bilinear_rows-inl.h"
-#include <hwy/cache_control.h>
 
 // The kernels work on 16-byte blocks; Highway's one-lane fallback target
 // gets none (the plain code serves there).
 #if PIXMILL_VECTOR_TARGET
+#include <hwy/cache_control.h> // FlushStream
+
 HWY_BEFORE_NAMESPACE();
 namespace pixmill::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
