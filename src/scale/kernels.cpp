@@ -9,6 +9,8 @@
 // The kernels work on 16-byte blocks; Highway's one-lane fallback target
 // gets none (the plain code serves there).
 #if PIXMILL_VECTOR_TARGET
+#include <hwy/cache_control.h> // FlushStream
+
 HWY_BEFORE_NAMESPACE();
 namespace pixmill::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
@@ -99,6 +101,47 @@ size_t blendRowPair(const int16_t *upper, const int16_t *lower, int32_t py0, int
     blendRowPart(d, upper, lower, w0, out0, 0, whole);
     blendRowPart(d, upper, lower, w1, out1, 0, whole);
     return whole;
+}
+
+// One target row of a row pair as blendRowPart, for a target that does not
+// stay in the caches: whole aligned vectors bypass them (non-temporal
+// stores), the first vector is stored as usual to reach the alignment.
+// Returns the lanes done, a prefix of the n.
+template <class D>
+HWY_INLINE size_t streamRowPart(D d, const int16_t *upper, const int16_t *lower, hn::Vec<D> w, uint8_t *out,
+                                size_t n)
+{
+    const hn::Repartition<uint8_t, D> d8;
+    const size_t N = hn::Lanes(d), N8 = hn::Lanes(d8);
+    const auto row = [&](size_t i) {
+        const auto u0 = hn::LoadU(d, upper + i), l0 = hn::LoadU(d, lower + i);
+        const auto u1 = hn::LoadU(d, upper + i + N), l1 = hn::LoadU(d, lower + i + N);
+        // 8 * u + py * (l - u) = (8 - py) * u + py * l, at most 64 * 255
+        const auto s0 = hn::Add(hn::ShiftLeft<3>(u0), hn::Mul(hn::Sub(l0, u0), w));
+        const auto s1 = hn::Add(hn::ShiftLeft<3>(u1), hn::Mul(hn::Sub(l1, u1), w));
+        const hn::Rebind<uint8_t, D> dHalf;
+        return hn::Combine(d8, hn::DemoteTo(dHalf, hn::ShiftRight<6>(s1)), hn::DemoteTo(dHalf, hn::ShiftRight<6>(s0)));
+    };
+    if (n < 2 * N8)
+        return 0;
+    hn::StoreU(row(0), d8, out);
+    size_t i = (N8 - reinterpret_cast<uintptr_t>(out) % N8) % N8;
+    for (; i + N8 <= n; i += N8)
+        hn::Stream(row(i), d8, out + i);
+    return i;
+}
+
+size_t blendRowPairStreamed(const int16_t *upper, const int16_t *lower, int32_t py0, int32_t py1, uint8_t *out0,
+                            uint8_t *out1, size_t n)
+{
+    const hn::ScalableTag<int16_t> d;
+    const auto w0 = hn::Set(d, static_cast<int16_t>(py0)), w1 = hn::Set(d, static_cast<int16_t>(py1));
+    const size_t done0 = streamRowPart(d, upper, lower, w0, out0, n);
+    const size_t done1 = streamRowPart(d, upper, lower, w1, out1, n);
+    // Order the non-temporal stores before whatever follows.
+    hwy::FlushStream();
+    // The walker redoes the lanes from the smaller prefix on: the same bytes.
+    return done0 < done1 ? done0 : done1;
 }
 
 // A halving block's pair weights of one kind (even or odd), as 16-bit lanes
@@ -359,6 +402,7 @@ constexpr ScaleKernels kScale{{&filterColumns, &blendRows},
                               &filterPixels,
                               &blendPixels,
                               &blendRowPair,
+                              &blendRowPairStreamed,
                               &blendPairBlocks,
                               &downby2,
                               &downto3by3,

@@ -61,6 +61,9 @@ struct ScaleKernels {
     // Two target rows of the bilinear walk from the same source rows (see
     // BilinearStrip::PairKernel).
     BilinearStrip::PairKernel blendRowPair;
+    // The same for targets much larger than the caches: the rows are written
+    // past the caches (non-temporal stores).
+    BilinearStrip::PairKernel blendRowPairStreamed;
 
     // Halving bilinear row, block by block: for each block b and lane t,
     // with h(row) = the lane's weighted pair of that row as in PairBlocks,

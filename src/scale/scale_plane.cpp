@@ -29,6 +29,10 @@ PIXMILL_INLINE void scaleRow(const uint8_t *upper, const uint8_t *lower, uint8_t
     }
 }
 
+// Target planes of at least this many bytes are written with non-temporal
+// stores: they would only push the source out of the caches.
+constexpr int64_t kStreamedTarget = int64_t(4) << 20;
+
 // The vector walk (scale/bilinear_walk.h), strip by strip. Columns run on
 // the lattice of the tap shift; rows likewise, with the lower row `dy`
 // bytes below the upper one.
@@ -36,6 +40,9 @@ void scaleInStrips(const ScaleKernels &k, const Columns &columns, const uint8_t 
                    ptrdiff_t dy, uint8_t *target, int32_t dstW, int32_t dstH, int32_t stepY, int32_t shiftY)
 {
     const int32_t width = BilinearStrip::width(columns);
+    // Targets much larger than the caches are written past them.
+    const BilinearStrip::PairKernel pair =
+        int64_t(dstW) * dstH >= kStreamedTarget ? k.blendRowPairStreamed : k.blendRowPair;
     for (int32_t i0 = 0; i0 < dstW; i0 += width) {
         BilinearStrip strip(k.bilinear, columns, i0, min32(width, dstW - i0));
         uint8_t *out = target + i0;
@@ -44,7 +51,7 @@ void scaleInStrips(const ScaleKernels &k, const Columns &columns, const uint8_t 
             const uint8_t *upper = corner + (positionIndex(posY) << shiftY) * stride;
             // Enlarging, the next row often blends the same two source rows.
             if (j + 1 < dstH && positionIndex(posY + stepY) == positionIndex(posY)) {
-                strip.rowPair(k.blendRowPair, upper, upper + dy, positionPhase(posY), positionPhase(posY + stepY), out,
+                strip.rowPair(pair, upper, upper + dy, positionPhase(posY), positionPhase(posY + stepY), out,
                               out + dstW);
                 ++j, posY += stepY, out += dstW;
                 continue;

@@ -52,6 +52,22 @@ TEST(ScalePlane, MatchesModelOnRandomPlanes)
     }
 }
 
+// Enlargements to targets of 4 MiB and more, which are written past the
+// caches: odd widths, so that rows start at every alignment.
+TEST(ScalePlane, MatchesModelOnLargeEnlargements)
+{
+    Random rng;
+    for (int i = 0; i < 2; ++i) {
+        const ScaleCase k{rng.range(200, 600), rng.range(100, 500), 2049 + 2 * rng.range(0, 40), 2048, 0, 0, 5000, 5000};
+        SCOPED_TRACE(::testing::Message() << "case " << i << ": " << k);
+        const Guarded<uint8_t> src(size_t(k.sw) * size_t(k.sh), 0, rng.word(), Placement::PageEnd);
+        Guarded<uint8_t> dst(size_t(k.dw) * size_t(k.dh), 1, rng.word(), Placement::Guarded);
+        pixmill::gScalePlane(src.data(), dst.data(), k.sw, k.sh, k.dw, k.dh, k.x, k.y, k.w, k.h);
+        ASSERT_TRUE(written(dst, modelScalePlane(src.data(), k), k.dw));
+        ASSERT_TRUE(src.untouched());
+    }
+}
+
 // Rows of height 1: half-sample steps, where the last sample shows at half
 // weight; ratio 3, taps two apart at (0, 2), (2, 4), (4, 6) and the odd
 // columns and column 8 unread; the same size, which is no copy.
