@@ -84,6 +84,14 @@ inline size_t filterColumns(const uint8_t *row, const ColumnGroups &groups, size
     return count;
 }
 
+// (8 - w) * a + w * b of 16-bit lanes, as 8 * a + w * (b - a): the two
+// taps of either pass, at most 64 * 255 with filtered taps.
+template <class V>
+HWY_INLINE V twoTaps(V a, V b, V w)
+{
+    return hn::Add(hn::ShiftLeft<3>(a), hn::Mul(hn::Sub(b, a), w));
+}
+
 inline size_t blendRows(const int16_t *upper, const int16_t *lower, int32_t py, uint8_t *out, size_t n)
 {
     const hn::ScalableTag<int16_t> d;
@@ -92,10 +100,7 @@ inline size_t blendRows(const int16_t *upper, const int16_t *lower, int32_t py, 
     const auto w = hn::Set(d, static_cast<int16_t>(py));
     size_t i = 0;
     for (; i + N <= n; i += N) {
-        const auto u = hn::LoadU(d, upper + i);
-        const auto l = hn::LoadU(d, lower + i);
-        // (8 - py) * u + py * l, at most 64 * 255
-        const auto sum = hn::Add(hn::ShiftLeft<3>(u), hn::Mul(hn::Sub(l, u), w));
+        const auto sum = twoTaps(hn::LoadU(d, upper + i), hn::LoadU(d, lower + i), w);
         hn::StoreU(hn::DemoteTo(d8, hn::ShiftRight<6>(sum)), d8, out + i);
     }
     return i;

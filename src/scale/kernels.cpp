@@ -46,7 +46,7 @@ size_t filterPixels(const uint16_t *row, const PixelGroup *groups, size_t count,
         const auto px = hn::BitCast(d16, hn::LoadU(du, group.phase));
         for (int c = 0; c < 3; ++c) {
             const auto l = hn::BitCast(d16, left[c]), r = hn::BitCast(d16, right[c]);
-            hn::StoreU(hn::Add(hn::ShiftLeft<3>(l), hn::Mul(hn::Sub(r, l), px)), d16, out[c] + at);
+            hn::StoreU(twoTaps(l, r, px), d16, out[c] + at);
         }
     }
     return count;
@@ -62,9 +62,8 @@ size_t blendPixels(const int16_t *const upper[3], const int16_t *const lower[3],
     for (; i + N <= n; i += N) {
         hn::Vec<decltype(du)> sum[3];
         for (int c = 0; c < 3; ++c) {
-            const auto u = hn::LoadU(d, upper[c] + i), l = hn::LoadU(d, lower[c] + i);
-            // (8 - py) * u + py * l, at most 64 * 252
-            sum[c] = hn::BitCast(du, hn::Add(hn::ShiftLeft<3>(u), hn::Mul(hn::Sub(l, u), w)));
+            // at most 64 * 252
+            sum[c] = hn::BitCast(du, twoTaps(hn::LoadU(d, upper[c] + i), hn::LoadU(d, lower[c] + i), w));
         }
         const auto red = hn::And(hn::ShiftLeft<2>(sum[0]), hn::Set(du, 0xF800));
         const auto green = hn::And(hn::ShiftRight<3>(sum[1]), hn::Set(du, 0x07E0));
@@ -73,37 +72,17 @@ size_t blendPixels(const int16_t *const upper[3], const int16_t *const lower[3],
     return i;
 }
 
-// One target row of a row pair: ((8 - py) * u + py * l) >> 6 for whole
-// vectors of the lanes [from, to).
-template <class D>
-HWY_INLINE void blendRowPart(D d, const int16_t *upper, const int16_t *lower, hn::Vec<D> w, uint8_t *out, size_t from,
-                             size_t to)
-{
-    const hn::Rebind<uint8_t, D> d8;
-    for (size_t i = from; i + hn::Lanes(d) <= to; i += hn::Lanes(d)) {
-        const auto u = hn::LoadU(d, upper + i), l = hn::LoadU(d, lower + i);
-        // 8 * u + py * (l - u) = (8 - py) * u + py * l, at most 64 * 255
-        const auto sum = hn::Add(hn::ShiftLeft<3>(u), hn::Mul(hn::Sub(l, u), w));
-        hn::StoreU(hn::DemoteTo(d8, hn::ShiftRight<6>(sum)), d8, out + i);
-    }
-}
-
+// One row after the other: two rows written side by side were slower
+// where the target does not stay in the caches; the filtered lanes are read
+// again from the L1 cache.
 size_t blendRowPair(const int16_t *upper, const int16_t *lower, int32_t py0, int32_t py1, uint8_t *out0,
                     uint8_t *out1, size_t n)
 {
-    const hn::ScalableTag<int16_t> d;
-    const size_t N = hn::Lanes(d);
-    const auto w0 = hn::Set(d, static_cast<int16_t>(py0)), w1 = hn::Set(d, static_cast<int16_t>(py1));
-    // One row after the other: two rows written side by side were slower
-    // where the target does not stay in the caches; the filtered lanes are
-    // read again from the L1 cache.
-    const size_t whole = n / N * N;
-    blendRowPart(d, upper, lower, w0, out0, 0, whole);
-    blendRowPart(d, upper, lower, w1, out1, 0, whole);
-    return whole;
+    blendRows(upper, lower, py0, out0, n);
+    return blendRows(upper, lower, py1, out1, n);
 }
 
-// One target row of a row pair as blendRowPart, for a target that does not
+// One target row of a row pair as blendRows, for a target that does not
 // stay in the caches: whole aligned vectors bypass them (non-temporal
 // stores), the first vector is stored as usual to reach the alignment.
 // Returns the lanes done, a prefix of the n.
@@ -114,11 +93,8 @@ HWY_INLINE size_t streamRowPart(D d, const int16_t *upper, const int16_t *lower,
     const hn::Repartition<uint8_t, D> d8;
     const size_t N = hn::Lanes(d), N8 = hn::Lanes(d8);
     const auto row = [&](size_t i) {
-        const auto u0 = hn::LoadU(d, upper + i), l0 = hn::LoadU(d, lower + i);
-        const auto u1 = hn::LoadU(d, upper + i + N), l1 = hn::LoadU(d, lower + i + N);
-        // 8 * u + py * (l - u) = (8 - py) * u + py * l, at most 64 * 255
-        const auto s0 = hn::Add(hn::ShiftLeft<3>(u0), hn::Mul(hn::Sub(l0, u0), w));
-        const auto s1 = hn::Add(hn::ShiftLeft<3>(u1), hn::Mul(hn::Sub(l1, u1), w));
+        const auto s0 = twoTaps(hn::LoadU(d, upper + i), hn::LoadU(d, lower + i), w);
+        const auto s1 = twoTaps(hn::LoadU(d, upper + i + N), hn::LoadU(d, lower + i + N), w);
         const hn::Rebind<uint8_t, D> dHalf;
         return hn::Combine(d8, hn::DemoteTo(dHalf, hn::ShiftRight<6>(s1)), hn::DemoteTo(dHalf, hn::ShiftRight<6>(s0)));
     };
