@@ -10,6 +10,7 @@
 #endif
 
 #if PIXMILL_VECTOR_TARGET
+#include "frame/x86-inl.h"
 #include "scale/bilinear_walk.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -19,23 +20,12 @@ namespace hn = hwy::HWY_NAMESPACE;
 // (8 - px) * near + px * far for the byte pairs of `bytes` (near the even
 // byte), px given as the byte weights (8 - px, px) of every pair: at most
 // 8 * 255 per 16-bit lane. x86 multiplies and adds the pairs in one step.
-#if HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
-HWY_INLINE hn::Vec128<int16_t> filterPairs(hn::Vec128<uint8_t> bytes, hn::Vec128<uint8_t> weights)
+#if PIXMILL_X86_OPS
+template <class V8>
+HWY_INLINE auto filterPairs(V8 bytes, V8 weights)
 {
-    return hn::Vec128<int16_t>{_mm_maddubs_epi16(bytes.raw, weights.raw)};
+    return mulAddBytePairs(bytes, weights);
 }
-#if HWY_TARGET != HWY_SSE4
-HWY_INLINE hn::Vec256<int16_t> filterPairs(hn::Vec256<uint8_t> bytes, hn::Vec256<uint8_t> weights)
-{
-    return hn::Vec256<int16_t>{_mm256_maddubs_epi16(bytes.raw, weights.raw)};
-}
-#endif
-#if HWY_TARGET == HWY_AVX3
-HWY_INLINE hn::Vec512<int16_t> filterPairs(hn::Vec512<uint8_t> bytes, hn::Vec512<uint8_t> weights)
-{
-    return hn::Vec512<int16_t>{_mm512_maddubs_epi16(bytes.raw, weights.raw)};
-}
-#endif
 #else
 template <class V8>
 HWY_INLINE auto filterPairs(V8 bytes, V8 weights)

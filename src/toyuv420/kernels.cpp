@@ -2,6 +2,9 @@
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "toyuv420/kernels.cpp"
 #include "frame/simd.h"
+#if PIXMILL_SIMD
+#  include "frame/x86-inl.h"
+#endif
 #include "toyuv420/kernels.h"
 #include "toyuv420/rgb565_tables.h"
 
@@ -152,7 +155,7 @@ HWY_INLINE VI32 weightPair(int16_t w0, int16_t w1)
     return hn::Set(DI32(), int32_t(uint32_t(uint16_t(w0)) | uint32_t(uint16_t(w1)) << 16));
 }
 
-#if HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
+#if PIXMILL_X86_OPS
 // A block's two pixels of one row are the six bytes b0 g0 r0 b1 g1 r1. They
 // are gathered into 32-bit lanes, one lane per block, as X1 = [b0 g0 g1 r1]
 // and X2 = [r0 b1 r0 b1]; multiply-adds of byte pairs (unsigned bytes,
@@ -177,27 +180,6 @@ HWY_INLINE V8 byteWeights(int8_t w0, int8_t w1, int8_t w2, int8_t w3)
     return hn::BitCast(D8(), hn::Set(D32(), uint32_t(uint8_t(w0)) | uint32_t(uint8_t(w1)) << 8 |
                                                 uint32_t(uint8_t(w2)) << 16 | uint32_t(uint8_t(w3)) << 24));
 }
-
-// The x86 instructions that Highway has no operation for, at each width.
-#if HWY_TARGET == HWY_AVX3
-#  define PIXMILL_X86(name) _mm512_##name
-#elif HWY_TARGET == HWY_AVX2
-#  define PIXMILL_X86(name) _mm256_##name
-#else
-#  define PIXMILL_X86(name) _mm_##name
-#endif
-
-// a0 * w0 + a1 * w1 for each byte pair of `a` (unsigned) and `w` (signed).
-HWY_INLINE VI16 pairMulAdd(V8 a, V8 w) { return VI16{PIXMILL_X86(maddubs_epi16)(a.raw, w.raw)}; }
-
-// a0 * w0 + a1 * w1 for each pair of 16-bit lanes, in 32 bits.
-HWY_INLINE VI32 wordMulAdd(VI16 a, VI32 w) { return VI32{PIXMILL_X86(madd_epi16)(a.raw, w.raw)}; }
-
-// The bytes of lo, then of hi, narrowed with unsigned (signed) saturation;
-// both work 128-bit block by block.
-HWY_INLINE V8 packBytes(VI16 lo, VI16 hi) { return V8{PIXMILL_X86(packus_epi16)(lo.raw, hi.raw)}; }
-HWY_INLINE V8 packSignedBytes(VI16 lo, VI16 hi) { return V8{PIXMILL_X86(packs_epi16)(lo.raw, hi.raw)}; }
-HWY_INLINE VI16 packWords(VI32 lo, VI32 hi) { return VI16{PIXMILL_X86(packs_epi32)(lo.raw, hi.raw)}; }
 
 // Lane k of the result (lanes of d) from lane at[k] of v; nothing moves in a
 // single 128-bit block.
@@ -314,11 +296,11 @@ struct BgrHalf {
 
 HWY_INLINE BgrHalf bgrHalf(V8 x1, V8 x2, const BgrWeights &w)
 {
-    const VI16 xh = hn::Add(pairMulAdd(x1, w.hi1), pairMulAdd(x2, w.hi2));
-    const VI16 xl = hn::Add(pairMulAdd(x1, w.lo1), pairMulAdd(x2, w.lo2));
-    const VI16 g = pairMulAdd(x1, w.middle);
+    const VI16 xh = hn::Add(mulAddBytePairs(x1, w.hi1), mulAddBytePairs(x2, w.hi2));
+    const VI16 xl = hn::Add(mulAddBytePairs(x1, w.lo1), mulAddBytePairs(x2, w.lo2));
+    const VI16 g = mulAddBytePairs(x1, w.middle);
     const VI16 y = hn::Add(g, hn::ShiftRight<8>(hn::Add(xh, hn::ShiftRight<8>(xl))));
-    return {y, g, hn::Add(pairMulAdd(x1, w.ends), pairMulAdd(x2, w.middle))};
+    return {y, g, hn::Add(mulAddBytePairs(x1, w.ends), mulAddBytePairs(x2, w.middle))};
 }
 
 // One half of a row of Lanes(D16) blocks: blocks `first` to
@@ -344,7 +326,7 @@ HWY_INLINE BgrHalf bgrHalfAt(const uint8_t *px, size_t first, const BgrWeights &
 // The luma of two halves of a row, in order.
 HWY_INLINE void storeLuma(VI16 first, VI16 second, uint8_t *y)
 {
-    hn::StoreU(reorder(packBytes(first, second), hn::Repartition<int64_t, D8>(), kBgrOrder.lanes64), D8(), y);
+    hn::StoreU(reorder(packUnsignedBytes(first, second), hn::Repartition<int64_t, D8>(), kBgrOrder.lanes64), D8(), y);
 }
 
 // Chroma minus 128 of the blocks whose rows gave t and b:
@@ -353,7 +335,7 @@ HWY_INLINE void storeLuma(VI16 first, VI16 second, uint8_t *y)
 // multiply-adds form the sum exactly (|sum| < 2^26).
 HWY_INLINE VI32 bgrChroma(const BgrHalf &t, const BgrHalf &b, VI32 wBR, VI32 wG)
 {
-    const VI32 sum = hn::Add(wordMulAdd(hn::Add(t.br, b.br), wBR), wordMulAdd(hn::Add(t.g, b.g), wG));
+    const VI32 sum = hn::Add(mulAddWordPairs(hn::Add(t.br, b.br), wBR), mulAddWordPairs(hn::Add(t.g, b.g), wG));
     return hn::ShiftRight<18>(sum);
 }
 
@@ -390,7 +372,6 @@ size_t bgr24Blocks(const uint8_t *top, const uint8_t *bottom, uint8_t *yTop, uin
     }
     return i;
 }
-#undef PIXMILL_X86
 #else
 // Every sum of products is formed exactly in 32-bit lanes by 16-bit
 // multiply-adds of lane pairs: w0 * a + w1 * b for the pair (a, b), the pairs

@@ -13,6 +13,8 @@
 #include "frame/simd.h"
 #if PIXMILL_SIMD
 #  include <hwy/cache_control.h>
+
+#  include "frame/x86-inl.h"
 #endif
 #include "yuv2rgb/colour.h"
 #include "yuv2rgb/kernels.h"
@@ -100,26 +102,9 @@ HWY_INLINE TermsV chromaTerms(const uint8_t *u, const uint8_t *v)
 
 // ---- Pixels ------------------------------------------------------------------
 // One channel of the pairs: clamp(Y + term + offset) for the even and the odd
-// column, back in the two bytes of each lane in the order of the store.
-// Words of pixels in pixel order per 128-bit block, lo then hi, clamped to
-// 0..255 and narrowed to one byte each: one saturating pack on x86.
-#  undef PIXMILL_PACKUS
-#  if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_SSE4
-#    define PIXMILL_PACKUS 1
-HWY_INLINE V8 clampToBytes(VI lo, VI hi)
-{
-#    if HWY_TARGET == HWY_AVX3
-    return V8{_mm512_packus_epi16(lo.raw, hi.raw)};
-#    elif HWY_TARGET == HWY_AVX2
-    return V8{_mm256_packus_epi16(lo.raw, hi.raw)};
-#    else
-    return V8{_mm_packus_epi16(lo.raw, hi.raw)};
-#    endif
-}
-#  else
-#    define PIXMILL_PACKUS 0
-#  endif
-
+// column, back in the two bytes of each lane in the order of the store. On
+// x86 one saturating pack clamps and narrows the pairs, interleaved into
+// pixel order per 128-bit block.
 template <Direction dir>
 HWY_INLINE V8 channel(VI yEven, VI yOdd, VI term, int32_t dEven, int32_t dOdd)
 {
@@ -129,8 +114,8 @@ HWY_INLINE V8 channel(VI yEven, VI yOdd, VI term, int32_t dEven, int32_t dOdd)
     // Right to left, the odd pixel of a pair comes first in memory.
     const VI first = dir == LeftToRight ? even : odd;
     const VI second = dir == LeftToRight ? odd : even;
-#  if PIXMILL_PACKUS
-    return clampToBytes(hn::InterleaveLower(di, first, second), hn::InterleaveUpper(di, first, second));
+#  if PIXMILL_X86_OPS
+    return packUnsignedBytes(hn::InterleaveLower(di, first, second), hn::InterleaveUpper(di, first, second));
 #  else
     const VI lo = hn::Zero(di);
     const VI hi = hn::Set(di, 255);
