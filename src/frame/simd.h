@@ -23,7 +23,9 @@
 //
 // The getter returns the set of the target that cpu::target() chose, or
 // nullptr when the plain code is to run (PIXMILL_CPU=scalar, a CPU without
-// any built target, or a build without PIXMILL_SIMD).
+// any built target, or a build without PIXMILL_SIMD). The x86 instructions
+// that Highway has no operation for (pair multiply-adds, saturating packs)
+// are in frame/x86-inl.h, for a kernel file to include under PIXMILL_SIMD.
 //
 // Rules for every kernel:
 //  - it gives exactly the bytes of the plain code, for every input;
