@@ -6,8 +6,12 @@
 // A 16-bit lane holds one pixel pair: the two luma bytes loaded as one word
 // (even column in the low byte) and the one chroma pair that they share, so
 // that the pair never needs a shuffle and the offsets of even and odd
-// columns are constants. The clamped values of a pair go back into the two
-// bytes of its lane, which puts them in pixel order for the store.
+// columns are constants. On x86 one saturating pack clamps and narrows the
+// values of a channel with its first pixels of the pairs in the low half of
+// each 128-bit block and the second ones in the high half (split order); the
+// stores and the turned strips take them in that order, which saves an
+// interleave per channel. Elsewhere the values of a pair go back into the two
+// bytes of its lane, in pixel order.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "yuv2rgb/kernels.cpp"
 #include "frame/simd.h"
@@ -101,10 +105,14 @@ HWY_INLINE TermsV chromaTerms(const uint8_t *u, const uint8_t *v)
 }
 
 // ---- Pixels ------------------------------------------------------------------
+// Whether channel bytes come in split order (see the top of the file): per
+// 128-bit block, the first pixels of its 8 pairs in memory order, then the
+// second ones.
+constexpr bool kSplit = PIXMILL_X86_OPS != 0;
+
 // One channel of the pairs: clamp(Y + term + offset) for the even and the odd
-// column, back in the two bytes of each lane in the order of the store. On
-// x86 one saturating pack clamps and narrows the pairs, interleaved into
-// pixel order per 128-bit block.
+// column, in split order on x86, else in the two bytes of each lane in the
+// order of the store.
 template <Direction dir>
 HWY_INLINE V8 channel(VI yEven, VI yOdd, VI term, int32_t dEven, int32_t dOdd)
 {
@@ -115,7 +123,7 @@ HWY_INLINE V8 channel(VI yEven, VI yOdd, VI term, int32_t dEven, int32_t dOdd)
     const VI first = dir == LeftToRight ? even : odd;
     const VI second = dir == LeftToRight ? odd : even;
 #  if PIXMILL_X86_OPS
-    return packUnsignedBytes(hn::InterleaveLower(di, first, second), hn::InterleaveUpper(di, first, second));
+    return packUnsignedBytes(first, second);
 #  else
     const VI lo = hn::Zero(di);
     const VI hi = hn::Set(di, 255);
@@ -162,6 +170,48 @@ HWY_INLINE Bytes565 bytes565(const Channels &c)
             hn::Or(hn::And(c.r, hn::Set(d8, 0xF8)), hn::ShiftRight<5>(c.g))};
 }
 
+#  if PIXMILL_X86_OPS
+// The byte of split order that holds pixel p of a 128-bit block.
+constexpr uint8_t splitByte(int p) { return uint8_t(p % 2 == 0 ? p / 2 : 8 + p / 2); }
+
+// Byte shuffles that put three channels in split order into 3-byte pixels:
+// table [3 * k + c] fills output block k (bytes 16k .. 16k + 15 of the 48 that
+// a block of 16 pixels takes) with the bytes of channel c, 0x80 (zero)
+// elsewhere. Repeated for every block of the widest vector.
+struct Pixel3Tables {
+    alignas(64) uint8_t t[9][64];
+};
+
+constexpr Pixel3Tables pixel3Tables()
+{
+    Pixel3Tables x{};
+    for (int k = 0; k < 3; ++k)
+        for (int c = 0; c < 3; ++c)
+            for (int i = 0; i < 64; ++i) {
+                const int o = 16 * k + i % 16;
+                x.t[3 * k + c][i] = o % 3 == c ? splitByte(o / 3) : uint8_t(0x80);
+            }
+    return x;
+}
+
+inline constexpr Pixel3Tables kPixel3 = pixel3Tables();
+
+// Stores 2 * Lanes 3-byte pixels of the channels a, b, c (first byte a), all
+// in split order.
+HWY_INLINE void storePixels3(V8 a, V8 b, V8 c, uint8_t *out)
+{
+    const D8 d8;
+    V8 blocks[3];
+    for (int k = 0; k < 3; ++k) {
+        const V8 fromA = hn::TableLookupBytes(a, hn::Load(d8, kPixel3.t[3 * k]));
+        const V8 fromB = hn::TableLookupBytes(b, hn::Load(d8, kPixel3.t[3 * k + 1]));
+        const V8 fromC = hn::TableLookupBytes(c, hn::Load(d8, kPixel3.t[3 * k + 2]));
+        blocks[k] = hn::Or3(fromA, fromB, fromC);
+    }
+    hn::detail::StoreTransposedBlocks3(blocks[0], blocks[1], blocks[2], d8, out);
+}
+#  endif
+
 // Converts 2 * Lanes pixels of one row, of source row parity `row`, and
 // stores them from `out` upwards (in reverse pixel order right to left).
 template <class R, Direction dir, int row>
@@ -169,13 +219,25 @@ HWY_INLINE void convertRow(const uint8_t *y, const TermsV &t, typename R::Out *o
 {
     const D8 d8;
     const Channels c = rowChannels<R, dir, row>(y, t);
-    if constexpr (R::kLayout == Layout::Rgb) {
-        hn::StoreInterleaved3(c.r, c.g, c.b, d8, out);
-    } else if constexpr (R::kLayout == Layout::Bgr) {
-        hn::StoreInterleaved3(c.b, c.g, c.r, d8, out);
-    } else {
+    if constexpr (R::kLayout == Layout::Rgb565) {
         const Bytes565 w = bytes565(c);
-        hn::StoreInterleaved2(w.low, w.high, d8, reinterpret_cast<uint8_t *>(out));
+        if constexpr (kSplit) {
+            // Words of the first and of the second pixels of the pairs, then
+            // interleaved into memory order.
+            const DU du;
+            hn::StoreInterleaved2(hn::BitCast(du, hn::InterleaveLower(d8, w.low, w.high)),
+                                  hn::BitCast(du, hn::InterleaveUpper(d8, w.low, w.high)), du, out);
+        } else {
+            hn::StoreInterleaved2(w.low, w.high, d8, reinterpret_cast<uint8_t *>(out));
+        }
+    } else {
+        const V8 first = R::kLayout == Layout::Rgb ? c.r : c.b;
+        const V8 last = R::kLayout == Layout::Rgb ? c.b : c.r;
+#  if PIXMILL_X86_OPS
+        storePixels3(first, c.g, last, out);
+#  else
+        hn::StoreInterleaved3(first, c.g, last, d8, out);
+#  endif
     }
 }
 
@@ -292,7 +354,8 @@ HWY_INLINE void turnVector(const uint8_t *const y[8], const uint8_t *const u[8],
         const TermsV t1 = R::kChromaPerRow ? chromaTerms<R, LeftToRight>(u[2 * p + 1] + i, v[2 * p + 1] + i) : t0;
         const Bytes565 w0 = bytes565(rowChannels<R, LeftToRight, 0>(y[2 * p] + 2 * i, t0));
         const Bytes565 w1 = bytes565(rowChannels<R, LeftToRight, 1>(y[2 * p + 1] + 2 * i, t1));
-        // Per block, the words of pixels 16b .. 16b + 7 and the 8 after them.
+        // Per block, the words of pixels 16b .. 16b + 7 and the 8 after them,
+        // or in split order of its even and its odd pixels.
         const int a = up ? 2 * p : 7 - 2 * p;
         const int b = up ? 2 * p + 1 : 6 - 2 * p;
         first[a] = hn::BitCast(du, hn::InterleaveLower(d8, w0.low, w0.high));
@@ -304,9 +367,13 @@ HWY_INLINE void turnVector(const uint8_t *const y[8], const uint8_t *const u[8],
     transpose8x8(du, second);
     uint16_t *p = at + ptrdiff_t(2 * i) * col - (up ? 0 : 7);
     const ptrdiff_t block = 16 * col;
+    // In split order `first` holds the even columns of a block and `second`
+    // the odd ones, else the 8 columns of each half.
+    const ptrdiff_t firstStep = kSplit ? 2 : 1;
+    const ptrdiff_t secondAt = kSplit ? 1 : 8;
     for (int j = 0; j < 8; ++j) {
-        storeBlocks(du, first[j], p + j * col, block);
-        storeBlocks(du, second[j], p + (8 + j) * col, block);
+        storeBlocks(du, first[j], p + j * firstStep * col, block);
+        storeBlocks(du, second[j], p + (secondAt + j * firstStep) * col, block);
     }
 }
 
