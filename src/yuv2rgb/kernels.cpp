@@ -100,8 +100,20 @@ HWY_INLINE TermsV chromaTerms(const uint8_t *u, const uint8_t *v)
     const VI cr4 = hn::ShiftLeft<2>(cr);
     constexpr int32_t bias = R::kForm == Terms::Rounding ? 8192 : 0;
     const Coeffs &k = R::kCoeffs;
-    const VI g = shift14<bias>(product(k.crToG, cr4), product(k.cbToG, cb4));
-    return {shift14<bias>(product(k.crToR, cr4)), hn::Neg(g), shift14<bias>(product(k.cbToB, cb4))};
+#  if PIXMILL_X86_OPS
+    // -Gt = -((crToG * Cr + cbToG * Cb + bias) >> 14)
+    //     = (-crToG * Cr - cbToG * Cb + 16383 - bias) >> 14,
+    // both products and their sum in 32 bits by one multiply-add of (Cr, Cb).
+    const hn::Repartition<int32_t, DI> d32;
+    const auto w = hn::Set(d32, int32_t(uint32_t(uint16_t(-k.crToG)) | uint32_t(uint16_t(-k.cbToG)) << 16));
+    const auto lift = hn::Set(d32, 16383 - bias);
+    const auto lo = hn::ShiftRight<14>(hn::Add(mulAddWordPairs(hn::InterleaveLower(di, cr, cb), w), lift));
+    const auto hi = hn::ShiftRight<14>(hn::Add(mulAddWordPairs(hn::InterleaveUpper(di, cr, cb), w), lift));
+    const VI negG = packWords(lo, hi);
+#  else
+    const VI negG = hn::Neg(shift14<bias>(product(k.crToG, cr4), product(k.cbToG, cb4)));
+#  endif
+    return {shift14<bias>(product(k.crToR, cr4)), negG, shift14<bias>(product(k.cbToB, cb4))};
 }
 
 // ---- Pixels ------------------------------------------------------------------
