@@ -135,7 +135,7 @@ HWY_INLINE void rowWeights(D d, const uint8_t *pairs, hn::Vec<D> wUpper, hn::Vec
 }
 
 void blendPairBlocks(const uint8_t *upper, const uint8_t *lower, int32_t py, const PairBlocks &blocks, size_t count,
-                     uint8_t *out)
+                     uint8_t *out, ptrdiff_t ahead)
 {
     constexpr size_t kLanes = PairBlocks::kLanes;
     // At most 16 lanes: on AVX-512 two 256-bit steps per block ran no slower
@@ -149,6 +149,10 @@ void blendPairBlocks(const uint8_t *upper, const uint8_t *lower, int32_t py, con
         const uint8_t *u = upper + blocks.base[b], *l = lower + blocks.base[b];
         const bool mixed = blocks.mixed[b] != 0;
         uint8_t *o = out + blocks.from[b];
+        // The rows of a later target row: short rows leave the hardware
+        // prefetcher too little to learn from.
+        hwy::Prefetch(u + ahead);
+        hwy::Prefetch(l + ahead);
         for (size_t t = 0; t < kLanes; t += N) {
             // (8 - py) * ((8 - px) * a + px * b) + py * ((8 - px) * c + px * d),
             // at most 64 * 255 per lane and per pair of products

@@ -107,6 +107,8 @@ bool pairBlock(PairBlocks &blocks, int32_t n, int32_t from, int32_t stepX, int32
     return true;
 }
 
+constexpr int32_t kPrefetchRows = 2;
+
 void scaleInPairs(const ScaleKernels &k, const uint8_t *corner, ptrdiff_t stride, ptrdiff_t dy, uint8_t *target,
                   int32_t dstW, int32_t dstH, int32_t stepX, int32_t stepY, int32_t shiftY, int32_t readable)
 {
@@ -137,7 +139,10 @@ void scaleInPairs(const ScaleKernels &k, const uint8_t *corner, ptrdiff_t stride
             const uint8_t *upper = corner + (positionIndex(posY) << shiftY) * stride;
             const uint8_t *lower = upper + dy;
             const int32_t py = positionPhase(posY);
-            k.blendPairBlocks(upper, lower, py, blocks, size_t(count), out);
+            // Rows two target rows on, or this row's own at the bottom.
+            const int32_t ahead = j + kPrefetchRows < dstH ? positionIndex(posY + kPrefetchRows * stepY) : 0;
+            const ptrdiff_t next = ahead ? ((ahead << shiftY) - (positionIndex(posY) << shiftY)) * stride : 0;
+            k.blendPairBlocks(upper, lower, py, blocks, size_t(count), out, next);
             int32_t g = 0;
             if (plain && plainFrom[0] == 0 && plainTo[0] == 1) {
                 // Column 0 stands at phase 0: its right taps weigh 0.
