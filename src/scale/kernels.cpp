@@ -134,8 +134,9 @@ HWY_INLINE void rowWeights(D d, const uint8_t *pairs, hn::Vec<D> wUpper, hn::Vec
     lower = hn::BitCast(d8, hn::Mul(w, wLower));
 }
 
-void blendPairBlocks(const uint8_t *upper, const uint8_t *lower, int32_t py, const PairBlocks &blocks, size_t count,
-                     uint8_t *out, ptrdiff_t ahead)
+template <bool kPrefetch>
+HWY_INLINE void blendBlocks(const uint8_t *upper, const uint8_t *lower, int32_t py, const PairBlocks &blocks,
+                            size_t count, uint8_t *out, ptrdiff_t ahead)
 {
     constexpr size_t kLanes = PairBlocks::kLanes;
     // At most 16 lanes: on AVX-512 two 256-bit steps per block ran no slower
@@ -149,10 +150,10 @@ void blendPairBlocks(const uint8_t *upper, const uint8_t *lower, int32_t py, con
         const uint8_t *u = upper + blocks.base[b], *l = lower + blocks.base[b];
         const bool mixed = blocks.mixed[b] != 0;
         uint8_t *o = out + blocks.from[b];
-        // The rows of a later target row: short rows leave the hardware
-        // prefetcher too little to learn from.
-        hwy::Prefetch(u + ahead);
-        hwy::Prefetch(l + ahead);
+        if (kPrefetch) {
+            hwy::Prefetch(u + ahead);
+            hwy::Prefetch(l + ahead);
+        }
         for (size_t t = 0; t < kLanes; t += N) {
             // (8 - py) * ((8 - px) * a + px * b) + py * ((8 - px) * c + px * d),
             // at most 64 * 255 per lane and per pair of products
@@ -168,6 +169,15 @@ void blendPairBlocks(const uint8_t *upper, const uint8_t *lower, int32_t py, con
             hn::StoreU(hn::DemoteTo(dOut, hn::ShiftRight<6>(sum)), dOut, o + t);
         }
     }
+}
+
+void blendPairBlocks(const uint8_t *upper, const uint8_t *lower, int32_t py, const PairBlocks &blocks, size_t count,
+                     uint8_t *out, ptrdiff_t ahead)
+{
+    if (ahead)
+        blendBlocks<true>(upper, lower, py, blocks, count, out, ahead);
+    else
+        blendBlocks<false>(upper, lower, py, blocks, count, out, 0);
 }
 
 size_t downby2(const uint8_t *top, const uint8_t *bottom, uint8_t *out, size_t n)

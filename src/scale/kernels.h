@@ -68,8 +68,9 @@ struct ScaleKernels {
     // Halving bilinear row, block by block: for each block b and lane t,
     // with h(row) = the lane's weighted pair of that row as in PairBlocks,
     // out[from[b] + t] = ((8 - py) * h(upper) + py * h(lower)) >> 6.
-    // Handles all `count` blocks. Prefetches the bytes `ahead` past those a
-    // block reads (the rows of a later target row; no load there).
+    // Handles all `count` blocks. Unless `ahead` is 0, prefetches the bytes
+    // `ahead` past those a block reads (the rows of a later target row; no
+    // load there).
     void (*blendPairBlocks)(const uint8_t *upper, const uint8_t *lower, int32_t py, const PairBlocks &blocks,
                             size_t count, uint8_t *out, ptrdiff_t ahead);
 
