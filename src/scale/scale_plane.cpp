@@ -110,7 +110,7 @@ bool pairBlock(PairBlocks &blocks, int32_t n, int32_t from, int32_t stepX, int32
 // Rows of at least kPrefetchBlocks blocks prefetch the source rows of the
 // target row kPrefetchRows on: the hardware prefetcher alone lost time at
 // each new pair of rows. Shorter rows ran faster without.
-constexpr int32_t kPrefetchRows = 2;
+constexpr int32_t kPrefetchRows = 1;
 constexpr int32_t kPrefetchBlocks = 8;
 
 void scaleInPairs(const ScaleKernels &k, const uint8_t *corner, ptrdiff_t stride, ptrdiff_t dy, uint8_t *target,
@@ -143,7 +143,7 @@ void scaleInPairs(const ScaleKernels &k, const uint8_t *corner, ptrdiff_t stride
             const uint8_t *upper = corner + (positionIndex(posY) << shiftY) * stride;
             const uint8_t *lower = upper + dy;
             const int32_t py = positionPhase(posY);
-            // None in the last rows.
+            // None in the last row.
             const bool prefetch = count >= kPrefetchBlocks && j + kPrefetchRows < dstH;
             const ptrdiff_t next =
                 prefetch ? ptrdiff_t((positionIndex(posY + kPrefetchRows * stepY) - positionIndex(posY)) << shiftY) *
