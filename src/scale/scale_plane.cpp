@@ -107,10 +107,13 @@ bool pairBlock(PairBlocks &blocks, int32_t n, int32_t from, int32_t stepX, int32
     return true;
 }
 
-// Rows of at least kPrefetchBlocks blocks prefetch the source rows of the
-// target row kPrefetchRows on: the hardware prefetcher alone lost time at
-// each new pair of rows. Shorter rows ran faster without.
-constexpr int32_t kPrefetchRows = 1;
+// Target rows go to the kernel in bands of up to kBandRows rows of one
+// phase, whose source rows lie evenly apart: a halving holds a phase for
+// many rows, and the kernel makes each block's weights once per band. Rows
+// of at least kPrefetchBlocks blocks prefetch along the rows (the hardware
+// prefetcher alone lost time on the many rows of a band); shorter rows ran
+// faster without.
+constexpr int32_t kBandRows = 8;
 constexpr int32_t kPrefetchBlocks = 8;
 
 void scaleInPairs(const ScaleKernels &k, const uint8_t *corner, ptrdiff_t stride, ptrdiff_t dy, uint8_t *target,
@@ -137,32 +140,44 @@ void scaleInPairs(const ScaleKernels &k, const uint8_t *corner, ptrdiff_t stride
                 plainFrom[plain] = i, plainTo[plain] = i + 1, ++plain;
             ++i;
         }
-        int32_t posY = 0;
-        uint8_t *out = target;
-        for (int32_t j = 0; j < dstH; ++j, posY += stepY, out += dstW) {
-            const uint8_t *upper = corner + (positionIndex(posY) << shiftY) * stride;
-            const uint8_t *lower = upper + dy;
-            const int32_t py = positionPhase(posY);
-            // None in the last row.
-            const bool prefetch = count >= kPrefetchBlocks && j + kPrefetchRows < dstH;
-            const ptrdiff_t next =
-                prefetch ? ptrdiff_t((positionIndex(posY + kPrefetchRows * stepY) - positionIndex(posY)) << shiftY) *
-                               stride
-                         : 0;
-            k.blendPairBlocks(upper, lower, py, blocks, size_t(count), out, next);
-            int32_t g = 0;
-            if (plain && plainFrom[0] == 0 && plainTo[0] == 1) {
-                // Column 0 stands at phase 0: its right taps weigh 0.
-                out[0] = static_cast<uint8_t>(((8 - py) * upper[0] + py * lower[0]) >> 3);
-                g = 1;
-            }
-            const WeightRow<uint8_t> w = weightRow(BilinearWeights, py);
-            for (; g < plain; ++g)
-                for (int32_t c = plainFrom[g], pos = c * stepX; c < plainTo[g]; ++c, pos += stepX) {
-                    const int32_t col = positionIndex(pos);
-                    out[c] = static_cast<uint8_t>(
-                        blend(w, positionPhase(pos), upper[col], upper[col + 1], lower[col], lower[col + 1]));
+        for (int32_t j = 0, posY = 0; j < dstH;) {
+            // The band: the rows from j on at this phase, their upper rows
+            // one step apart.
+            const int32_t py = positionPhase(posY), index = positionIndex(posY);
+            const int32_t delta = positionIndex(posY + stepY) - index; // read only for n > 1
+            int32_t n = 1;
+            while (n < kBandRows && j + n < dstH && positionPhase(posY + n * stepY) == py &&
+                   positionIndex(posY + n * stepY) - positionIndex(posY + (n - 1) * stepY) == delta)
+                ++n;
+            const PairRows rows{corner + ptrdiff_t(index << shiftY) * stride,
+                                ptrdiff_t(delta << shiftY) * stride,
+                                dy,
+                                target + ptrdiff_t(j) * dstW,
+                                dstW,
+                                py,
+                                n,
+                                count >= kPrefetchBlocks};
+            k.blendPairBlocks(rows, blocks, size_t(count));
+            for (const int32_t end = j + n; j < end; ++j, posY += stepY) {
+                if (!plain)
+                    continue;
+                uint8_t *out = target + ptrdiff_t(j) * dstW;
+                const uint8_t *upper = corner + ptrdiff_t(positionIndex(posY) << shiftY) * stride;
+                const uint8_t *lower = upper + dy;
+                int32_t g = 0;
+                if (plainFrom[0] == 0 && plainTo[0] == 1) {
+                    // Column 0 stands at phase 0: its right taps weigh 0.
+                    out[0] = static_cast<uint8_t>(((8 - py) * upper[0] + py * lower[0]) >> 3);
+                    g = 1;
                 }
+                const WeightRow<uint8_t> w = weightRow(BilinearWeights, py);
+                for (; g < plain; ++g)
+                    for (int32_t c = plainFrom[g], pos = c * stepX; c < plainTo[g]; ++c, pos += stepX) {
+                        const int32_t col = positionIndex(pos);
+                        out[c] = static_cast<uint8_t>(
+                            blend(w, positionPhase(pos), upper[col], upper[col + 1], lower[col], lower[col + 1]));
+                    }
+            }
         }
     }
 }
