@@ -158,26 +158,28 @@ void scaleInPairs(const ScaleKernels &k, const uint8_t *corner, ptrdiff_t stride
                                 n,
                                 count >= kPrefetchBlocks};
             k.blendPairBlocks(rows, blocks, size_t(count));
-            for (const int32_t end = j + n; j < end; ++j, posY += stepY) {
-                if (!plain)
-                    continue;
-                uint8_t *out = target + ptrdiff_t(j) * dstW;
-                const uint8_t *upper = corner + ptrdiff_t(positionIndex(posY) << shiftY) * stride;
-                const uint8_t *lower = upper + dy;
-                int32_t g = 0;
-                if (plainFrom[0] == 0 && plainTo[0] == 1) {
-                    // Column 0 stands at phase 0: its right taps weigh 0.
-                    out[0] = static_cast<uint8_t>(((8 - py) * upper[0] + py * lower[0]) >> 3);
-                    g = 1;
-                }
-                const WeightRow<uint8_t> w = weightRow(BilinearWeights, py);
-                for (; g < plain; ++g)
+            // The plain columns of the band's rows: column 0 stands at phase
+            // 0, so its right taps weigh 0.
+            const int32_t first = plain && plainFrom[0] == 0 && plainTo[0] == 1 ? 1 : 0;
+            if (first) {
+                const uint8_t *upper = rows.upper;
+                uint8_t *out = rows.out;
+                for (int32_t r = 0; r < n; ++r, upper += rows.step, out += dstW)
+                    out[0] = static_cast<uint8_t>(((8 - py) * upper[0] + py * upper[dy]) >> 3);
+            }
+            const WeightRow<uint8_t> w = weightRow(BilinearWeights, py);
+            for (int32_t r = 0; r < n && first < plain; ++r) {
+                uint8_t *out = rows.out + ptrdiff_t(r) * dstW;
+                const uint8_t *upper = rows.upper + r * rows.step, *lower = upper + dy;
+                for (int32_t g = first; g < plain; ++g)
                     for (int32_t c = plainFrom[g], pos = c * stepX; c < plainTo[g]; ++c, pos += stepX) {
                         const int32_t col = positionIndex(pos);
                         out[c] = static_cast<uint8_t>(
                             blend(w, positionPhase(pos), upper[col], upper[col + 1], lower[col], lower[col + 1]));
                     }
             }
+            j += n;
+            posY += n * stepY;
         }
     }
 }
