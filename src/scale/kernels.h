@@ -43,6 +43,19 @@ struct PairBlocks {
     uint8_t odd[kCount][2 * kLanes];
 };
 
+// A band of target rows of a halving walk at one phase py: row r (below
+// `rows`) blends the source rows at upper + r * step and `dy` bytes below
+// into out + r * outStride. `prefetch`: the rows also prefetch the bytes
+// two blocks on (no load there).
+struct PairRows {
+    const uint8_t *upper;
+    ptrdiff_t step, dy;
+    uint8_t *out;
+    ptrdiff_t outStride;
+    int32_t py, rows;
+    bool prefetch;
+};
+
 struct ScaleKernels {
     // The two passes of the bilinear plane scaler.
     BilinearRowKernels bilinear;
@@ -65,12 +78,11 @@ struct ScaleKernels {
     // past the caches (non-temporal stores).
     BilinearStrip::PairKernel blendRowPairStreamed;
 
-    // Halving bilinear row, block by block: for each block b and lane t,
-    // with h(row) = the lane's weighted pair of that row as in PairBlocks,
-    // out[from[b] + t] = ((8 - py) * h(upper) + py * h(lower)) >> 6.
-    // Handles all `count` blocks.
-    void (*blendPairBlocks)(const uint8_t *upper, const uint8_t *lower, int32_t py, const PairBlocks &blocks,
-                            size_t count, uint8_t *out);
+    // Halving bilinear rows, block by block: for each row r of the band,
+    // block b and lane t, with h(row) = the lane's weighted pair of that row
+    // as in PairBlocks, out[r * outStride + from[b] + t] = ((8 - py) *
+    // h(upper row) + py * h(lower row)) >> 6. Handles all `count` blocks.
+    void (*blendPairBlocks)(const PairRows &rows, const PairBlocks &blocks, size_t count);
 
     // Fixed ratios; `n` counts target samples of one row, or blocks.
     // downby2: out[i] = (9a + 3b + 3c + d) >> 4 from a = top[2i], b =

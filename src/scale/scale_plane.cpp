@@ -107,6 +107,15 @@ bool pairBlock(PairBlocks &blocks, int32_t n, int32_t from, int32_t stepX, int32
     return true;
 }
 
+// Target rows go to the kernel in bands of up to kBandRows rows of one
+// phase, whose source rows lie evenly apart: a halving holds a phase for
+// many rows, and the kernel makes each block's weights once per band. Rows
+// of at least kPrefetchBlocks blocks prefetch along the rows (the hardware
+// prefetcher alone lost time on the many rows of a band); shorter rows ran
+// faster without.
+constexpr int32_t kBandRows = 8;
+constexpr int32_t kPrefetchBlocks = 8;
+
 void scaleInPairs(const ScaleKernels &k, const uint8_t *corner, ptrdiff_t stride, ptrdiff_t dy, uint8_t *target,
                   int32_t dstW, int32_t dstH, int32_t stepX, int32_t stepY, int32_t shiftY, int32_t readable)
 {
@@ -131,26 +140,46 @@ void scaleInPairs(const ScaleKernels &k, const uint8_t *corner, ptrdiff_t stride
                 plainFrom[plain] = i, plainTo[plain] = i + 1, ++plain;
             ++i;
         }
-        int32_t posY = 0;
-        uint8_t *out = target;
-        for (int32_t j = 0; j < dstH; ++j, posY += stepY, out += dstW) {
-            const uint8_t *upper = corner + (positionIndex(posY) << shiftY) * stride;
-            const uint8_t *lower = upper + dy;
-            const int32_t py = positionPhase(posY);
-            k.blendPairBlocks(upper, lower, py, blocks, size_t(count), out);
-            int32_t g = 0;
-            if (plain && plainFrom[0] == 0 && plainTo[0] == 1) {
-                // Column 0 stands at phase 0: its right taps weigh 0.
-                out[0] = static_cast<uint8_t>(((8 - py) * upper[0] + py * lower[0]) >> 3);
-                g = 1;
+        for (int32_t j = 0, posY = 0; j < dstH;) {
+            // The band: the rows from j on at this phase, their upper rows
+            // one step apart.
+            const int32_t py = positionPhase(posY), index = positionIndex(posY);
+            const int32_t delta = positionIndex(posY + stepY) - index; // read only for n > 1
+            int32_t n = 1;
+            while (n < kBandRows && j + n < dstH && positionPhase(posY + n * stepY) == py &&
+                   positionIndex(posY + n * stepY) - positionIndex(posY + (n - 1) * stepY) == delta)
+                ++n;
+            const PairRows rows{corner + ptrdiff_t(index << shiftY) * stride,
+                                ptrdiff_t(delta << shiftY) * stride,
+                                dy,
+                                target + ptrdiff_t(j) * dstW,
+                                dstW,
+                                py,
+                                n,
+                                count >= kPrefetchBlocks};
+            k.blendPairBlocks(rows, blocks, size_t(count));
+            // The plain columns of the band's rows: column 0 stands at phase
+            // 0, so its right taps weigh 0.
+            const int32_t first = plain && plainFrom[0] == 0 && plainTo[0] == 1 ? 1 : 0;
+            if (first) {
+                const uint8_t *upper = rows.upper;
+                uint8_t *out = rows.out;
+                for (int32_t r = 0; r < n; ++r, upper += rows.step, out += dstW)
+                    out[0] = static_cast<uint8_t>(((8 - py) * upper[0] + py * upper[dy]) >> 3);
             }
             const WeightRow<uint8_t> w = weightRow(BilinearWeights, py);
-            for (; g < plain; ++g)
-                for (int32_t c = plainFrom[g], pos = c * stepX; c < plainTo[g]; ++c, pos += stepX) {
-                    const int32_t col = positionIndex(pos);
-                    out[c] = static_cast<uint8_t>(
-                        blend(w, positionPhase(pos), upper[col], upper[col + 1], lower[col], lower[col + 1]));
-                }
+            for (int32_t r = 0; r < n && first < plain; ++r) {
+                uint8_t *out = rows.out + ptrdiff_t(r) * dstW;
+                const uint8_t *upper = rows.upper + r * rows.step, *lower = upper + dy;
+                for (int32_t g = first; g < plain; ++g)
+                    for (int32_t c = plainFrom[g], pos = c * stepX; c < plainTo[g]; ++c, pos += stepX) {
+                        const int32_t col = positionIndex(pos);
+                        out[c] = static_cast<uint8_t>(
+                            blend(w, positionPhase(pos), upper[col], upper[col + 1], lower[col], lower[col + 1]));
+                    }
+            }
+            j += n;
+            posY += n * stepY;
         }
     }
 }

@@ -104,7 +104,12 @@ inline ScaleCase randomScaleCase(Random &rng, int i)
         const int dw = pick == 0   ? std::max(1, (sw + rng.range(-2, 2)) / 2)
                        : pick == 1 ? std::max(1, sw * rng.range(2, 26) / 8)
                                    : rng.range(1, 260);
-        ScaleCase k{sw, rng.range(1, 6), dw, rng.range(1, 6), 0, 0, 0, 0};
+        // Halving narrower planes, now and then tall ones too: their rows
+        // keep one phase for many rows.
+        const bool tall = pick == 0 && wide != 0 && rng.coin();
+        const int sh = tall ? rng.range(7, 300) : rng.range(1, 6);
+        const int dh = tall ? (sh + rng.range(-2, 2)) / 2 : rng.range(1, 6);
+        ScaleCase k{sw, sh, dw, dh, 0, 0, 0, 0};
         k.x = rng.range(0, 3) ? 0 : rng.range(0, k.sw - 1);
         k.y = rng.range(0, k.sh - 1);
         k.w = rng.coin() ? k.sw - k.x : rng.range(1, k.sw + 5);
