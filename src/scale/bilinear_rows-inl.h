@@ -82,18 +82,97 @@ HWY_INLINE V twoTaps(V a, V b, V w)
     return hn::Add(hn::ShiftLeft<3>(a), hn::Mul(hn::Sub(b, a), w));
 }
 
-inline size_t blendRows(const int16_t *upper, const int16_t *lower, int32_t py, uint8_t *out, size_t n)
+// The 16-bit lanes of lo, then of hi, as bytes in lane order (the sums of
+// the vertical pass lie in 0..255 once shifted): one pack and, on vectors of
+// more than one block, one permute of its 8-byte quarters.
+template <class D>
+HWY_INLINE hn::Vec<hn::Repartition<uint8_t, D>> narrowInOrder(D d, hn::Vec<D> lo, hn::Vec<D> hi)
+{
+#if PIXMILL_X86_OPS
+    (void)d;
+    const auto packed = packUnsignedBytes(lo, hi); // per block: 8 bytes of lo, 8 of hi
+    if constexpr (sizeof(packed) == 16) {
+        return packed;
+    }
+#if HWY_TARGET != HWY_SSE4
+    else if constexpr (sizeof(packed) == 32) {
+        return hn::Vec256<uint8_t>{_mm256_permute4x64_epi64(packed.raw, 0xD8)};
+    }
+#endif
+#if HWY_TARGET == HWY_AVX3
+    else {
+        return hn::Vec512<uint8_t>{_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), packed.raw)};
+    }
+#endif
+#else
+    const hn::Repartition<uint8_t, D> d8;
+    const hn::Rebind<uint8_t, D> dHalf;
+    return hn::Combine(d8, hn::DemoteTo(dHalf, hi), hn::DemoteTo(dHalf, lo));
+#endif
+}
+
+// Target bytes i .. i + 2N - 1 of a row of the vertical pass (N 16-bit
+// lanes per vector), blended with weight w of the lower row.
+template <class D>
+HWY_INLINE hn::Vec<hn::Repartition<uint8_t, D>> blendVector(D d, const int16_t *upper, const int16_t *lower,
+                                                            hn::Vec<D> w, size_t i)
+{
+    const size_t N = hn::Lanes(d);
+    const auto s0 = twoTaps(hn::LoadU(d, upper + i), hn::LoadU(d, lower + i), w);
+    const auto s1 = twoTaps(hn::LoadU(d, upper + i + N), hn::LoadU(d, lower + i + N), w);
+    return narrowInOrder(d, hn::ShiftRight<6>(s0), hn::ShiftRight<6>(s1));
+}
+
+// Writes the n bytes of a target row as whole vectors vector(i): the first
+// one where it falls, the following ones aligned, the last one ending at n
+// (it writes some bytes again, with the same values). Returns n, or 0 when n
+// is below a vector. kStream stores the aligned ones past the caches and
+// leaves the bytes after them.
+template <bool kStream, class D8, class Vector>
+HWY_INLINE size_t storeRow(D8 d8, uint8_t *out, size_t n, Vector vector)
+{
+    const size_t N = hn::Lanes(d8);
+    if (n < N)
+        return 0;
+    hn::StoreU(vector(0), d8, out);
+    size_t i = N - reinterpret_cast<uintptr_t>(out) % N;
+    if constexpr (kStream) {
+        // A plain store into a line just streamed would wait for that line
+        // to leave: the walker writes the bytes after the last whole line.
+        for (; i + N <= n; i += N)
+            hn::Stream(vector(i), d8, out + i);
+        return i;
+    }
+    for (; i + N <= n; i += N)
+        hn::Store(vector(i), d8, out + i);
+    if (i < n)
+        hn::StoreU(vector(n - N), d8, out + n - N);
+    return n;
+}
+
+// The vertical pass of one row; kStream writes it past the caches.
+template <bool kStream>
+HWY_INLINE size_t blendRow(const int16_t *upper, const int16_t *lower, int32_t py, uint8_t *out, size_t n)
 {
     const hn::ScalableTag<int16_t> d;
-    const hn::Rebind<uint8_t, decltype(d)> d8;
-    const size_t N = hn::Lanes(d);
+    const hn::Repartition<uint8_t, decltype(d)> d8;
     const auto w = hn::Set(d, static_cast<int16_t>(py));
+    if (const size_t done = storeRow<kStream>(d8, out, n, [&](size_t i) { return blendVector(d, upper, lower, w, i); }))
+        return done;
+    // Rows shorter than a vector of bytes: half vectors.
+    const hn::Rebind<uint8_t, decltype(d)> dHalf;
+    const size_t N = hn::Lanes(d);
     size_t i = 0;
     for (; i + N <= n; i += N) {
         const auto sum = twoTaps(hn::LoadU(d, upper + i), hn::LoadU(d, lower + i), w);
-        hn::StoreU(hn::DemoteTo(d8, hn::ShiftRight<6>(sum)), d8, out + i);
+        hn::StoreU(hn::DemoteTo(dHalf, hn::ShiftRight<6>(sum)), dHalf, out + i);
     }
     return i;
+}
+
+inline size_t blendRows(const int16_t *upper, const int16_t *lower, int32_t py, uint8_t *out, size_t n)
+{
+    return blendRow<false>(upper, lower, py, out, n);
 }
 
 } // namespace pixmill::HWY_NAMESPACE

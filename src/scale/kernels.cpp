@@ -72,48 +72,44 @@ size_t blendPixels(const int16_t *const upper[3], const int16_t *const lower[3],
     return i;
 }
 
-// One row after the other: two rows written side by side were slower
-// where the target does not stay in the caches; the filtered lanes are read
-// again from the L1 cache.
+// Both rows in one walk over the filtered lanes: each pair of vectors of
+// them is loaded once for the two rows.
 size_t blendRowPair(const int16_t *upper, const int16_t *lower, int32_t py0, int32_t py1, uint8_t *out0,
                     uint8_t *out1, size_t n)
 {
-    blendRows(upper, lower, py0, out0, n);
-    return blendRows(upper, lower, py1, out1, n);
-}
-
-// One target row of a row pair as blendRows, for a target that does not
-// stay in the caches: whole aligned vectors bypass them (non-temporal
-// stores), the first vector is stored as usual to reach the alignment.
-// Returns the lanes done, a prefix of the n.
-template <class D>
-HWY_INLINE size_t streamRowPart(D d, const int16_t *upper, const int16_t *lower, hn::Vec<D> w, uint8_t *out,
-                                size_t n)
-{
-    const hn::Repartition<uint8_t, D> d8;
+    const hn::ScalableTag<int16_t> d;
+    const hn::Repartition<uint8_t, decltype(d)> d8;
     const size_t N = hn::Lanes(d), N8 = hn::Lanes(d8);
-    const auto row = [&](size_t i) {
-        const auto s0 = twoTaps(hn::LoadU(d, upper + i), hn::LoadU(d, lower + i), w);
-        const auto s1 = twoTaps(hn::LoadU(d, upper + i + N), hn::LoadU(d, lower + i + N), w);
-        const hn::Rebind<uint8_t, D> dHalf;
-        return hn::Combine(d8, hn::DemoteTo(dHalf, hn::ShiftRight<6>(s1)), hn::DemoteTo(dHalf, hn::ShiftRight<6>(s0)));
+    if (n < N8) { // half vectors, row by row
+        blendRows(upper, lower, py0, out0, n);
+        return blendRows(upper, lower, py1, out1, n);
+    }
+    const auto w0 = hn::Set(d, static_cast<int16_t>(py0)), w1 = hn::Set(d, static_cast<int16_t>(py1));
+    const auto pair = [&](size_t i) {
+        const auto u0 = hn::LoadU(d, upper + i), u1 = hn::LoadU(d, upper + i + N);
+        const auto diff0 = hn::Sub(hn::LoadU(d, lower + i), u0), diff1 = hn::Sub(hn::LoadU(d, lower + i + N), u1);
+        const auto base0 = hn::ShiftLeft<3>(u0), base1 = hn::ShiftLeft<3>(u1);
+        // 8 * u + w * (l - u): twoTaps with the shared terms taken once
+        const auto row = [&](hn::Vec<decltype(d)> w) {
+            return narrowInOrder(d, hn::ShiftRight<6>(hn::Add(base0, hn::Mul(diff0, w))),
+                                 hn::ShiftRight<6>(hn::Add(base1, hn::Mul(diff1, w))));
+        };
+        hn::StoreU(row(w0), d8, out0 + i);
+        hn::StoreU(row(w1), d8, out1 + i);
     };
-    if (n < 2 * N8)
-        return 0;
-    hn::StoreU(row(0), d8, out);
-    size_t i = (N8 - reinterpret_cast<uintptr_t>(out) % N8) % N8;
+    size_t i = 0;
     for (; i + N8 <= n; i += N8)
-        hn::Stream(row(i), d8, out + i);
-    return i;
+        pair(i);
+    if (i < n)
+        pair(n - N8);
+    return n;
 }
 
 size_t blendRowPairStreamed(const int16_t *upper, const int16_t *lower, int32_t py0, int32_t py1, uint8_t *out0,
                             uint8_t *out1, size_t n)
 {
-    const hn::ScalableTag<int16_t> d;
-    const auto w0 = hn::Set(d, static_cast<int16_t>(py0)), w1 = hn::Set(d, static_cast<int16_t>(py1));
-    const size_t done0 = streamRowPart(d, upper, lower, w0, out0, n);
-    const size_t done1 = streamRowPart(d, upper, lower, w1, out1, n);
+    const size_t done0 = blendRow<true>(upper, lower, py0, out0, n);
+    const size_t done1 = blendRow<true>(upper, lower, py1, out1, n);
     // Order the non-temporal stores before whatever follows.
     hwy::FlushStream();
     // The walker redoes the lanes from the smaller prefix on: the same bytes.
