@@ -73,19 +73,24 @@ size_t blendPixels(const int16_t *const upper[3], const int16_t *const lower[3],
 }
 
 // Both rows in one walk over the filtered lanes: each pair of vectors of
-// them is loaded once for the two rows.
-size_t blendRowPair(const int16_t *upper, const int16_t *lower, int32_t py0, int32_t py1, uint8_t *out0,
-                    uint8_t *out1, size_t n)
+// them is loaded once for the two rows. Whole vectors from the first one
+// on, the following ones aligned in out0, as storeRow does; kStream writes
+// them past the caches when the two rows share the alignment.
+template <bool kStream>
+HWY_INLINE size_t blendPair(const int16_t *upper, const int16_t *lower, int32_t py0, int32_t py1, uint8_t *out0,
+                            uint8_t *out1, size_t n)
 {
     const hn::ScalableTag<int16_t> d;
     const hn::Repartition<uint8_t, decltype(d)> d8;
     const size_t N = hn::Lanes(d), N8 = hn::Lanes(d8);
-    if (n < N8) { // half vectors, row by row
-        blendRows(upper, lower, py0, out0, n);
-        return blendRows(upper, lower, py1, out1, n);
+    if (n < N8 || (kStream && (out1 - out0) % ptrdiff_t(N8))) { // row by row
+        const size_t done0 = blendRow<kStream>(upper, lower, py0, out0, n);
+        const size_t done1 = blendRow<kStream>(upper, lower, py1, out1, n);
+        // The walker redoes the lanes from the smaller prefix on: the same bytes.
+        return done0 < done1 ? done0 : done1;
     }
     const auto w0 = hn::Set(d, static_cast<int16_t>(py0)), w1 = hn::Set(d, static_cast<int16_t>(py1));
-    const auto pair = [&](size_t i) {
+    const auto pair = [&](size_t i, auto store) {
         const auto u0 = hn::LoadU(d, upper + i), u1 = hn::LoadU(d, upper + i + N);
         const auto diff0 = hn::Sub(hn::LoadU(d, lower + i), u0), diff1 = hn::Sub(hn::LoadU(d, lower + i + N), u1);
         const auto base0 = hn::ShiftLeft<3>(u0), base1 = hn::ShiftLeft<3>(u1);
@@ -94,26 +99,38 @@ size_t blendRowPair(const int16_t *upper, const int16_t *lower, int32_t py0, int
             return narrowInOrder(d, hn::ShiftRight<6>(hn::Add(base0, hn::Mul(diff0, w))),
                                  hn::ShiftRight<6>(hn::Add(base1, hn::Mul(diff1, w))));
         };
-        hn::StoreU(row(w0), d8, out0 + i);
-        hn::StoreU(row(w1), d8, out1 + i);
+        store(row(w0), out0 + i);
+        store(row(w1), out1 + i);
     };
-    size_t i = 0;
+    const auto storeU = [&](hn::Vec<decltype(d8)> v, uint8_t *at) { hn::StoreU(v, d8, at); };
+    pair(0, storeU);
+    size_t i = N8 - reinterpret_cast<uintptr_t>(out0) % N8;
+    if constexpr (kStream) {
+        // As in storeRow: the bytes after the last whole line are the walker's.
+        for (; i + N8 <= n; i += N8)
+            pair(i, [&](hn::Vec<decltype(d8)> v, uint8_t *at) { hn::Stream(v, d8, at); });
+        return i;
+    }
     for (; i + N8 <= n; i += N8)
-        pair(i);
+        pair(i, storeU);
     if (i < n)
-        pair(n - N8);
+        pair(n - N8, storeU);
     return n;
+}
+
+size_t blendRowPair(const int16_t *upper, const int16_t *lower, int32_t py0, int32_t py1, uint8_t *out0,
+                    uint8_t *out1, size_t n)
+{
+    return blendPair<false>(upper, lower, py0, py1, out0, out1, n);
 }
 
 size_t blendRowPairStreamed(const int16_t *upper, const int16_t *lower, int32_t py0, int32_t py1, uint8_t *out0,
                             uint8_t *out1, size_t n)
 {
-    const size_t done0 = blendRow<true>(upper, lower, py0, out0, n);
-    const size_t done1 = blendRow<true>(upper, lower, py1, out1, n);
+    const size_t done = blendPair<true>(upper, lower, py0, py1, out0, out1, n);
     // Order the non-temporal stores before whatever follows.
     hwy::FlushStream();
-    // The walker redoes the lanes from the smaller prefix on: the same bytes.
-    return done0 < done1 ? done0 : done1;
+    return done;
 }
 
 // A halving block's pair weights of one kind (even or odd), as 16-bit lanes
