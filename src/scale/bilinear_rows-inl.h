@@ -111,16 +111,26 @@ HWY_INLINE hn::Vec<hn::Repartition<uint8_t, D>> narrowInOrder(D d, hn::Vec<D> lo
 #endif
 }
 
-// Target bytes i .. i + 2N - 1 of a row of the vertical pass (N 16-bit
-// lanes per vector), blended with weight w of the lower row.
-template <class D>
-HWY_INLINE hn::Vec<hn::Repartition<uint8_t, D>> blendVector(D d, const int16_t *upper, const int16_t *lower,
-                                                            hn::Vec<D> w, size_t i)
+// Target bytes of the vertical pass from N 16-bit lanes of each filtered
+// row (u0, l0) and the N after them (u1, l1): (wu * u + w * l) >> 6 with wu
+// = 8 - py and w = py, as 2N bytes. Two products per lane ran faster here
+// than twoTaps' one product and two more steps.
+template <class D, class V = hn::Vec<D>>
+HWY_INLINE hn::Vec<hn::Repartition<uint8_t, D>> blendLanes(D d, V u0, V u1, V l0, V l1, V wu, V w)
+{
+    const auto s0 = hn::Add(hn::Mul(u0, wu), hn::Mul(l0, w));
+    const auto s1 = hn::Add(hn::Mul(u1, wu), hn::Mul(l1, w));
+    return narrowInOrder(d, hn::ShiftRight<6>(s0), hn::ShiftRight<6>(s1));
+}
+
+// Target bytes i .. i + 2N - 1 of one row.
+template <class D, class V = hn::Vec<D>>
+HWY_INLINE hn::Vec<hn::Repartition<uint8_t, D>> blendVector(D d, const int16_t *upper, const int16_t *lower, V wu,
+                                                            V w, size_t i)
 {
     const size_t N = hn::Lanes(d);
-    const auto s0 = twoTaps(hn::LoadU(d, upper + i), hn::LoadU(d, lower + i), w);
-    const auto s1 = twoTaps(hn::LoadU(d, upper + i + N), hn::LoadU(d, lower + i + N), w);
-    return narrowInOrder(d, hn::ShiftRight<6>(s0), hn::ShiftRight<6>(s1));
+    return blendLanes(d, hn::LoadU(d, upper + i), hn::LoadU(d, upper + i + N), hn::LoadU(d, lower + i),
+                      hn::LoadU(d, lower + i + N), wu, w);
 }
 
 // Writes the n bytes of a target row as whole vectors vector(i): the first
@@ -156,15 +166,16 @@ HWY_INLINE size_t blendRow(const int16_t *upper, const int16_t *lower, int32_t p
 {
     const hn::ScalableTag<int16_t> d;
     const hn::Repartition<uint8_t, decltype(d)> d8;
-    const auto w = hn::Set(d, static_cast<int16_t>(py));
-    if (const size_t done = storeRow<kStream>(d8, out, n, [&](size_t i) { return blendVector(d, upper, lower, w, i); }))
+    const auto wu = hn::Set(d, static_cast<int16_t>(8 - py)), w = hn::Set(d, static_cast<int16_t>(py));
+    if (const size_t done =
+            storeRow<kStream>(d8, out, n, [&](size_t i) { return blendVector(d, upper, lower, wu, w, i); }))
         return done;
     // Rows shorter than a vector of bytes: half vectors.
     const hn::Rebind<uint8_t, decltype(d)> dHalf;
     const size_t N = hn::Lanes(d);
     size_t i = 0;
     for (; i + N <= n; i += N) {
-        const auto sum = twoTaps(hn::LoadU(d, upper + i), hn::LoadU(d, lower + i), w);
+        const auto sum = hn::Add(hn::Mul(hn::LoadU(d, upper + i), wu), hn::Mul(hn::LoadU(d, lower + i), w));
         hn::StoreU(hn::DemoteTo(dHalf, hn::ShiftRight<6>(sum)), dHalf, out + i);
     }
     return i;

@@ -90,17 +90,12 @@ HWY_INLINE size_t blendPair(const int16_t *upper, const int16_t *lower, int32_t 
         return done0 < done1 ? done0 : done1;
     }
     const auto w0 = hn::Set(d, static_cast<int16_t>(py0)), w1 = hn::Set(d, static_cast<int16_t>(py1));
+    const auto wu0 = hn::Set(d, static_cast<int16_t>(8 - py0)), wu1 = hn::Set(d, static_cast<int16_t>(8 - py1));
     const auto pair = [&](size_t i, auto store) {
         const auto u0 = hn::LoadU(d, upper + i), u1 = hn::LoadU(d, upper + i + N);
-        const auto diff0 = hn::Sub(hn::LoadU(d, lower + i), u0), diff1 = hn::Sub(hn::LoadU(d, lower + i + N), u1);
-        const auto base0 = hn::ShiftLeft<3>(u0), base1 = hn::ShiftLeft<3>(u1);
-        // 8 * u + w * (l - u): twoTaps with the shared terms taken once
-        const auto row = [&](hn::Vec<decltype(d)> w) {
-            return narrowInOrder(d, hn::ShiftRight<6>(hn::Add(base0, hn::Mul(diff0, w))),
-                                 hn::ShiftRight<6>(hn::Add(base1, hn::Mul(diff1, w))));
-        };
-        store(row(w0), out0 + i);
-        store(row(w1), out1 + i);
+        const auto l0 = hn::LoadU(d, lower + i), l1 = hn::LoadU(d, lower + i + N);
+        store(blendLanes(d, u0, u1, l0, l1, wu0, w0), out0 + i);
+        store(blendLanes(d, u0, u1, l0, l1, wu1, w1), out1 + i);
     };
     const auto storeU = [&](hn::Vec<decltype(d8)> v, uint8_t *at) { hn::StoreU(v, d8, at); };
     pair(0, storeU);
