@@ -134,18 +134,19 @@ HWY_INLINE hn::Vec<hn::Repartition<uint8_t, D>> blendVector(D d, const int16_t *
 }
 
 // Writes the n bytes of a target row as whole vectors vector(i): the first
-// one where it falls, the following ones aligned, the last one ending at n
-// (it writes some bytes again, with the same values). Returns n, or 0 when n
-// is below a vector. kStream stores the aligned ones past the caches and
-// leaves the bytes after them.
+// one where it falls (unless the row starts aligned), the following ones
+// aligned, the last one ending at n (it writes some bytes again, with the
+// same values). Returns n, or 0 when n is below a vector. kStream stores the
+// aligned ones past the caches and leaves the bytes after them.
 template <bool kStream, class D8, class Vector>
 HWY_INLINE size_t storeRow(D8 d8, uint8_t *out, size_t n, Vector vector)
 {
     const size_t N = hn::Lanes(d8);
     if (n < N)
         return 0;
-    hn::StoreU(vector(0), d8, out);
-    size_t i = N - reinterpret_cast<uintptr_t>(out) % N;
+    size_t i = (N - reinterpret_cast<uintptr_t>(out) % N) % N;
+    if (i)
+        hn::StoreU(vector(0), d8, out);
     if constexpr (kStream) {
         // A plain store into a line just streamed would wait for that line
         // to leave: the walker writes the bytes after the last whole line.

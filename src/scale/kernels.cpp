@@ -98,8 +98,9 @@ HWY_INLINE size_t blendPair(const int16_t *upper, const int16_t *lower, int32_t 
         store(blendLanes(d, u0, u1, l0, l1, wu1, w1), out1 + i);
     };
     const auto storeU = [&](hn::Vec<decltype(d8)> v, uint8_t *at) { hn::StoreU(v, d8, at); };
-    pair(0, storeU);
-    size_t i = N8 - reinterpret_cast<uintptr_t>(out0) % N8;
+    size_t i = (N8 - reinterpret_cast<uintptr_t>(out0) % N8) % N8;
+    if (i)
+        pair(0, storeU);
     if constexpr (kStream) {
         // As in storeRow: the bytes after the last whole line are the walker's.
         for (; i + N8 <= n; i += N8)
