@@ -10,6 +10,8 @@
 #endif
 
 #if PIXMILL_VECTOR_TARGET
+#include <cstring>
+
 #include "frame/x86-inl.h"
 #include "scale/bilinear_walk.h"
 
@@ -133,11 +135,23 @@ HWY_INLINE hn::Vec<hn::Repartition<uint8_t, D>> blendVector(D d, const int16_t *
                       hn::LoadU(d, lower + i + N), wu, w);
 }
 
+// Bytes [from, to) of the vector v to out + from, by way of the stack: the
+// ends of a streamed row, whose lines hold bytes of no other store of the row.
+template <class D8>
+HWY_INLINE void storePart(D8 d8, hn::Vec<D8> v, uint8_t *out, size_t from, size_t to)
+{
+    alignas(HWY_MAX_BYTES) uint8_t bytes[HWY_MAX_BYTES];
+    hn::Store(v, d8, bytes);
+    std::memcpy(out + from, bytes + from, to - from);
+}
+
 // Writes the n bytes of a target row as whole vectors vector(i): the first
 // one where it falls (unless the row starts aligned), the following ones
 // aligned, the last one ending at n (it writes some bytes again, with the
-// same values). Returns n, or 0 when n is below a vector. kStream stores the
-// aligned ones past the caches and leaves the bytes after them.
+// same values). kStream stores the aligned ones past the caches and the
+// bytes before and after them alone, so that no line takes both kinds of
+// store (a plain store into a streamed line waits for it to leave). Returns
+// n, or 0 when n is below a vector.
 template <bool kStream, class D8, class Vector>
 HWY_INLINE size_t storeRow(D8 d8, uint8_t *out, size_t n, Vector vector)
 {
@@ -145,15 +159,17 @@ HWY_INLINE size_t storeRow(D8 d8, uint8_t *out, size_t n, Vector vector)
     if (n < N)
         return 0;
     size_t i = (N - reinterpret_cast<uintptr_t>(out) % N) % N;
-    if (i)
-        hn::StoreU(vector(0), d8, out);
     if constexpr (kStream) {
-        // A plain store into a line just streamed would wait for that line
-        // to leave: the walker writes the bytes after the last whole line.
+        if (i)
+            storePart(d8, vector(0), out, 0, i);
         for (; i + N <= n; i += N)
             hn::Stream(vector(i), d8, out + i);
-        return i;
+        if (i < n)
+            storePart(d8, vector(n - N), out + n - N, i - (n - N), N);
+        return n;
     }
+    if (i)
+        hn::StoreU(vector(0), d8, out);
     for (; i + N <= n; i += N)
         hn::Store(vector(i), d8, out + i);
     if (i < n)
