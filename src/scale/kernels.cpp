@@ -72,52 +72,68 @@ size_t blendPixels(const int16_t *const upper[3], const int16_t *const lower[3],
     return i;
 }
 
-// One row after the other: two rows written side by side were slower
-// where the target does not stay in the caches; the filtered lanes are read
-// again from the L1 cache.
+// Both rows in one walk over the filtered lanes: each pair of vectors of
+// them is loaded once for the two rows. Whole vectors as storeRow writes
+// them, aligned in out0; kStream streams both rows this way when they share
+// the alignment, and else streams them one after the other.
+template <bool kStream>
+HWY_INLINE size_t blendPair(const int16_t *upper, const int16_t *lower, int32_t py0, int32_t py1, uint8_t *out0,
+                            uint8_t *out1, size_t n)
+{
+    const hn::ScalableTag<int16_t> d;
+    const hn::Repartition<uint8_t, decltype(d)> d8;
+    const size_t N = hn::Lanes(d), N8 = hn::Lanes(d8);
+    if (n < N8 || (kStream && (out1 - out0) % ptrdiff_t(N8))) { // row by row
+        const size_t done0 = blendRow<kStream>(upper, lower, py0, out0, n);
+        const size_t done1 = blendRow<kStream>(upper, lower, py1, out1, n);
+        // The walker redoes the lanes from the smaller prefix on: the same bytes.
+        return done0 < done1 ? done0 : done1;
+    }
+    const auto w0 = hn::Set(d, static_cast<int16_t>(py0)), w1 = hn::Set(d, static_cast<int16_t>(py1));
+    const auto wu0 = hn::Set(d, static_cast<int16_t>(8 - py0)), wu1 = hn::Set(d, static_cast<int16_t>(8 - py1));
+    const auto pair = [&](size_t i, auto store) {
+        const auto u0 = hn::LoadU(d, upper + i), u1 = hn::LoadU(d, upper + i + N);
+        const auto l0 = hn::LoadU(d, lower + i), l1 = hn::LoadU(d, lower + i + N);
+        store(blendLanes(d, u0, u1, l0, l1, wu0, w0), out0 + i);
+        store(blendLanes(d, u0, u1, l0, l1, wu1, w1), out1 + i);
+    };
+    size_t i = (N8 - reinterpret_cast<uintptr_t>(out0) % N8) % N8;
+    if constexpr (kStream) {
+        // As storeRow does: the bytes before and after the streamed lines alone.
+        const auto part = [&](size_t from, size_t to) {
+            return [&, from, to](hn::Vec<decltype(d8)> v, uint8_t *at) { storePart(d8, v, at, from, to); };
+        };
+        if (i)
+            pair(0, part(0, i));
+        for (; i + N8 <= n; i += N8)
+            pair(i, [&](hn::Vec<decltype(d8)> v, uint8_t *at) { hn::Stream(v, d8, at); });
+        if (i < n)
+            pair(n - N8, part(i - (n - N8), N8));
+        return n;
+    }
+    const auto storeU = [&](hn::Vec<decltype(d8)> v, uint8_t *at) { hn::StoreU(v, d8, at); };
+    if (i)
+        pair(0, storeU);
+    for (; i + N8 <= n; i += N8)
+        pair(i, storeU);
+    if (i < n)
+        pair(n - N8, storeU);
+    return n;
+}
+
 size_t blendRowPair(const int16_t *upper, const int16_t *lower, int32_t py0, int32_t py1, uint8_t *out0,
                     uint8_t *out1, size_t n)
 {
-    blendRows(upper, lower, py0, out0, n);
-    return blendRows(upper, lower, py1, out1, n);
-}
-
-// One target row of a row pair as blendRows, for a target that does not
-// stay in the caches: whole aligned vectors bypass them (non-temporal
-// stores), the first vector is stored as usual to reach the alignment.
-// Returns the lanes done, a prefix of the n.
-template <class D>
-HWY_INLINE size_t streamRowPart(D d, const int16_t *upper, const int16_t *lower, hn::Vec<D> w, uint8_t *out,
-                                size_t n)
-{
-    const hn::Repartition<uint8_t, D> d8;
-    const size_t N = hn::Lanes(d), N8 = hn::Lanes(d8);
-    const auto row = [&](size_t i) {
-        const auto s0 = twoTaps(hn::LoadU(d, upper + i), hn::LoadU(d, lower + i), w);
-        const auto s1 = twoTaps(hn::LoadU(d, upper + i + N), hn::LoadU(d, lower + i + N), w);
-        const hn::Rebind<uint8_t, D> dHalf;
-        return hn::Combine(d8, hn::DemoteTo(dHalf, hn::ShiftRight<6>(s1)), hn::DemoteTo(dHalf, hn::ShiftRight<6>(s0)));
-    };
-    if (n < 2 * N8)
-        return 0;
-    hn::StoreU(row(0), d8, out);
-    size_t i = (N8 - reinterpret_cast<uintptr_t>(out) % N8) % N8;
-    for (; i + N8 <= n; i += N8)
-        hn::Stream(row(i), d8, out + i);
-    return i;
+    return blendPair<false>(upper, lower, py0, py1, out0, out1, n);
 }
 
 size_t blendRowPairStreamed(const int16_t *upper, const int16_t *lower, int32_t py0, int32_t py1, uint8_t *out0,
                             uint8_t *out1, size_t n)
 {
-    const hn::ScalableTag<int16_t> d;
-    const auto w0 = hn::Set(d, static_cast<int16_t>(py0)), w1 = hn::Set(d, static_cast<int16_t>(py1));
-    const size_t done0 = streamRowPart(d, upper, lower, w0, out0, n);
-    const size_t done1 = streamRowPart(d, upper, lower, w1, out1, n);
+    const size_t done = blendPair<true>(upper, lower, py0, py1, out0, out1, n);
     // Order the non-temporal stores before whatever follows.
     hwy::FlushStream();
-    // The walker redoes the lanes from the smaller prefix on: the same bytes.
-    return done0 < done1 ? done0 : done1;
+    return done;
 }
 
 // A halving block's pair weights of one kind (even or odd), as 16-bit lanes

@@ -32,6 +32,10 @@ PIXMILL_INLINE void scaleRow(const uint8_t *upper, const uint8_t *lower, uint8_t
 // Target planes of at least this many bytes are written with non-temporal
 // stores: they would only push the source out of the caches.
 constexpr int64_t kStreamedTarget = int64_t(4) << 20;
+// Below that, planes of at least this many bytes take the two rows that
+// blend the same source rows one after the other: written side by side, they
+// ran slower where the plane outgrows the caches, faster where it stays.
+constexpr int64_t kRowByRowTarget = int64_t(3) << 20;
 
 // The vector walk (scale/bilinear_walk.h), strip by strip. Columns run on
 // the lattice of the tap shift; rows likewise, with the lower row `dy`
@@ -41,8 +45,10 @@ void scaleInStrips(const ScaleKernels &k, const Columns &columns, const uint8_t 
 {
     const int32_t width = BilinearStrip::width(columns);
     // Targets much larger than the caches are written past them.
-    const BilinearStrip::PairKernel pair =
-        int64_t(dstW) * dstH >= kStreamedTarget ? k.blendRowPairStreamed : k.blendRowPair;
+    const int64_t bytes = int64_t(dstW) * dstH;
+    const BilinearStrip::PairKernel pair = bytes >= kStreamedTarget   ? k.blendRowPairStreamed
+                                           : bytes >= kRowByRowTarget ? nullptr
+                                                                      : k.blendRowPair;
     for (int32_t i0 = 0; i0 < dstW; i0 += width) {
         BilinearStrip strip(k.bilinear, columns, i0, min32(width, dstW - i0));
         uint8_t *out = target + i0;
@@ -50,7 +56,7 @@ void scaleInStrips(const ScaleKernels &k, const Columns &columns, const uint8_t 
         for (int32_t j = 0; j < dstH; ++j, posY += stepY, out += dstW) {
             const uint8_t *upper = corner + (positionIndex(posY) << shiftY) * stride;
             // Enlarging, the next row often blends the same two source rows.
-            if (j + 1 < dstH && positionIndex(posY + stepY) == positionIndex(posY)) {
+            if (pair && j + 1 < dstH && positionIndex(posY + stepY) == positionIndex(posY)) {
                 strip.rowPair(pair, upper, upper + dy, positionPhase(posY), positionPhase(posY + stepY), out,
                               out + dstW);
                 ++j, posY += stepY, out += dstW;

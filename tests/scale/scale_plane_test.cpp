@@ -53,12 +53,14 @@ TEST(ScalePlane, MatchesModelOnRandomPlanes)
 }
 
 // Enlargements to targets of 4 MiB and more, which are written past the
-// caches: odd widths, so that rows start at every alignment.
+// caches: an odd width, so that rows start at every alignment, and a width
+// of whole 64-byte lines, so that all rows share one.
 TEST(ScalePlane, MatchesModelOnLargeEnlargements)
 {
     Random rng;
     for (int i = 0; i < 2; ++i) {
-        const ScaleCase k{rng.range(200, 600), rng.range(100, 500), 2049 + 2 * rng.range(0, 40), 2048, 0, 0, 5000, 5000};
+        const int dw = i ? 2049 + 2 * rng.range(0, 40) : 2048 + 64 * rng.range(0, 8);
+        const ScaleCase k{rng.range(200, 600), rng.range(100, 500), dw, 2048, 0, 0, 5000, 5000};
         SCOPED_TRACE(::testing::Message() << "case " << i << ": " << k);
         const Guarded<uint8_t> src(size_t(k.sw) * size_t(k.sh), 0, rng.word(), Placement::PageEnd);
         Guarded<uint8_t> dst(size_t(k.dw) * size_t(k.dh), 1, rng.word(), Placement::Guarded);
