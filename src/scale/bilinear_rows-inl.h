@@ -51,6 +51,27 @@ inline size_t filterColumns(const uint8_t *row, const ColumnGroups &groups, size
 {
     const hn::FixedTag<uint8_t, 16> d8;
     size_t g = 0;
+#if HWY_TARGET == HWY_AVX3
+    {
+        // Blocks of 16 lanes: one two-vector lane pick gives all their tap
+        // pairs, and the upper bits of the lane numbers hold the weights.
+        constexpr size_t kLanes = ColumnGroups::kBlockLanes;
+        const hn::FixedTag<uint8_t, 2 * kLanes> dBytes;
+        const hn::FixedTag<uint16_t, kLanes> du;
+        const hn::FixedTag<int16_t, kLanes> d16;
+        const size_t blocks = size_t(groups.blocks);
+        for (size_t b = 0; b < blocks; ++b, out += kLanes) {
+            const uint8_t *s = row + groups.blockBase[b];
+            const auto lanes = hn::Load(du, groups.pairs[b]);
+            const auto pairs = hn::Vec<decltype(dBytes)>{
+                _mm256_permutex2var_epi16(hn::LoadU(dBytes, s).raw, lanes.raw, hn::LoadU(dBytes, s + 1).raw)};
+            const auto weights = hn::Or(hn::ShiftRight<11>(lanes), hn::And(lanes, hn::Set(du, 0x0700)));
+            hn::StoreU(filterPairs(pairs, hn::BitCast(dBytes, weights)), d16, out);
+        }
+        if (blocks)
+            g = blocks * kLanes / size;
+    }
+#endif
 #if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
     // Groups of eight fill a block each: two groups per 32-byte vector.
     if (size == 8) {

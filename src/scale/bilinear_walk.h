@@ -27,11 +27,25 @@ namespace pixmill {
 // weights[g][2t + 1] = px at its phase px; lanes past the group's size
 // repeat lane 0. The tables of neighbouring groups lie side by side, so
 // that a vector of two or more groups loads them at once.
+//
+// With neighbouring taps (far = 1) the first columns also come in blocks of
+// 16, for targets that pick 16-bit lanes out of two 32-byte vectors: the 32
+// source bytes from blockBase[b] and the 32 from blockBase[b] + 1 hold, as
+// 16-bit lanes, the tap pairs (near, near + 1) of every even and every odd
+// near - blockBase[b] below 32. Lane t of block b takes lane
+// pairs[b][t] & 31 of the two (16 and up: of the second), weighted by
+// 8 - px = pairs[b][t] >> 11 and px = (pairs[b][t] >> 8) & 7. The first
+// `blocks` blocks cover the columns of the first groups.
 struct ColumnGroups {
     static constexpr int32_t kCount = 512;
+    static constexpr int32_t kBlockLanes = 16;
+    static constexpr int32_t kBlocks = kCount * 8 / kBlockLanes;
     int32_t base[kCount];
-    uint8_t taps[kCount][16];
-    uint8_t weights[kCount][16];
+    alignas(64) uint8_t taps[kCount][16];
+    alignas(64) uint8_t weights[kCount][16];
+    int32_t blocks;
+    int32_t blockBase[kBlocks];
+    alignas(64) uint16_t pairs[kBlocks][kBlockLanes];
 };
 
 // The two passes as row kernels (see frame/simd.h).
@@ -57,7 +71,7 @@ struct Columns {
 class BilinearStrip {
 public:
     // Strips hold at most this many groups and columns, so that a strip
-    // takes some 35 KiB of stack whatever the width, and a row of 4K video
+    // takes some 45 KiB of stack whatever the width, and a row of 4K video
     // is one strip (rows written in pieces are slower to write back).
     static constexpr int32_t kGroups = ColumnGroups::kCount;
     static constexpr int32_t kMaxWidth = 4096;
@@ -98,6 +112,23 @@ public:
                 groups_.weights[count_][2 * t + 1] = static_cast<uint8_t>(positionPhase(pos));
             }
             ++count_;
+        }
+        // Blocks of whole groups whose taps lie in 2 * kLanes + 1 bytes of the
+        // row, from the first tap or ending at the row's end.
+        groups_.blocks = 0;
+        constexpr int32_t kLanes = ColumnGroups::kBlockLanes;
+        while (c.far == 1 && c.readable >= 2 * kLanes + 1 && (groups_.blocks + 1) * kLanes <= count_ * size_) {
+            const int32_t b = groups_.blocks, first = c.start + (from + b * kLanes) * c.step;
+            const int32_t base = min32(positionIndex(first), c.readable - 2 * kLanes - 1);
+            if (positionIndex(first + (kLanes - 1) * c.step) - base >= 2 * kLanes)
+                break;
+            groups_.blockBase[b] = base;
+            for (int32_t t = 0, pos = first; t < kLanes; ++t, pos += c.step) {
+                const int32_t rel = positionIndex(pos) - base, px = positionPhase(pos);
+                const int32_t lane = (rel >> 1) + (rel & 1) * kLanes;
+                groups_.pairs[b][t] = static_cast<uint16_t>(lane | px << 8 | (8 - px) << 11);
+            }
+            ++groups_.blocks;
         }
     }
 
@@ -168,9 +199,9 @@ private:
     const Columns c_;
     const int32_t from_, n_, size_;
     int32_t count_ = 0;
-    ColumnGroups groups_;
+    alignas(64) ColumnGroups groups_;
     const uint8_t *held_[2] = {nullptr, nullptr};
-    int16_t h_[2][kMaxWidth + 8]; // a group stores eight lanes
+    alignas(64) int16_t h_[2][kMaxWidth + 8]; // a group stores eight lanes; vector stores stay in cache lines
 };
 
 } // namespace pixmill
