@@ -92,44 +92,52 @@ public:
         // them are filtered here. A group's 16 bytes start at its first tap,
         // or end at the row's end where that leaves fewer than 16: its taps
         // all lie in the row, so they stay within the 16 bytes either way.
-        while (size_ && (count_ + 1) * size_ <= n && from + (count_ + 1) * size_ <= c.edgeFrom && c.readable >= 16) {
-            const int32_t first = from + count_ * size_;
-            int32_t &base = groups_.base[count_];
-            base = min32(positionIndex(c.start + first * c.step) << c.shift, c.readable - 16);
+        // Locals throughout: the byte stores into the tables may alias anything.
+        const int32_t start = c.start, step = c.step, shift = c.shift, far = c.far, size = size_;
+        int32_t count = 0;
+        while (size && (count + 1) * size <= n && from + (count + 1) * size <= c.edgeFrom && c.readable >= 16) {
+            const int32_t first = start + (from + count * size) * step;
+            int32_t base = min32(positionIndex(first) << shift, c.readable - 16);
             // An odd group whose taps lie in the 16 bytes of the group before
             // it shares them, so that a vector of two groups loads them once.
-            if (count_ & 1) {
-                const int32_t last = c.start + (first + size_ - 1) * c.step;
-                if ((positionIndex(last) << c.shift) + c.far < groups_.base[count_ - 1] + 16)
-                    base = groups_.base[count_ - 1];
+            if (count & 1) {
+                const int32_t last = first + (size - 1) * step;
+                if ((positionIndex(last) << shift) + far < groups_.base[count - 1] + 16)
+                    base = groups_.base[count - 1];
             }
-            for (int32_t t = 0; t < 8; ++t) {
-                const int32_t pos = c.start + (first + (t < size_ ? t : 0)) * c.step; // past the size: lane 0
-                const int32_t nearTap = (positionIndex(pos) << c.shift) - base;
-                groups_.taps[count_][2 * t] = static_cast<uint8_t>(nearTap);
-                groups_.taps[count_][2 * t + 1] = static_cast<uint8_t>(nearTap + c.far);
-                groups_.weights[count_][2 * t] = static_cast<uint8_t>(8 - positionPhase(pos));
-                groups_.weights[count_][2 * t + 1] = static_cast<uint8_t>(positionPhase(pos));
+            groups_.base[count] = base;
+            uint8_t *taps = groups_.taps[count], *weights = groups_.weights[count];
+            for (int32_t t = 0, pos = first; t < 8; ++t, pos += step) {
+                if (t == size) // past the size: lane 0
+                    pos = first;
+                const int32_t nearTap = (positionIndex(pos) << shift) - base, px = positionPhase(pos);
+                taps[2 * t] = static_cast<uint8_t>(nearTap);
+                taps[2 * t + 1] = static_cast<uint8_t>(nearTap + far);
+                weights[2 * t] = static_cast<uint8_t>(8 - px);
+                weights[2 * t + 1] = static_cast<uint8_t>(px);
             }
-            ++count_;
+            ++count;
         }
+        count_ = count;
         // Blocks of whole groups whose taps lie in 2 * kLanes + 1 bytes of the
         // row, from the first tap or ending at the row's end.
-        groups_.blocks = 0;
         constexpr int32_t kLanes = ColumnGroups::kBlockLanes;
-        while (c.far == 1 && c.readable >= 2 * kLanes + 1 && (groups_.blocks + 1) * kLanes <= count_ * size_) {
-            const int32_t b = groups_.blocks, first = c.start + (from + b * kLanes) * c.step;
+        int32_t blocks = 0;
+        while (far == 1 && c.readable >= 2 * kLanes + 1 && (blocks + 1) * kLanes <= count * size) {
+            const int32_t first = start + (from + blocks * kLanes) * step;
             const int32_t base = min32(positionIndex(first), c.readable - 2 * kLanes - 1);
-            if (positionIndex(first + (kLanes - 1) * c.step) - base >= 2 * kLanes)
+            if (positionIndex(first + (kLanes - 1) * step) - base >= 2 * kLanes)
                 break;
-            groups_.blockBase[b] = base;
-            for (int32_t t = 0, pos = first; t < kLanes; ++t, pos += c.step) {
+            groups_.blockBase[blocks] = base;
+            uint16_t *pairs = groups_.pairs[blocks];
+            for (int32_t t = 0, pos = first; t < kLanes; ++t, pos += step) {
                 const int32_t rel = positionIndex(pos) - base, px = positionPhase(pos);
                 const int32_t lane = (rel >> 1) + (rel & 1) * kLanes;
-                groups_.pairs[b][t] = static_cast<uint16_t>(lane | px << 8 | (8 - px) << 11);
+                pairs[t] = static_cast<uint16_t>(lane | px << 8 | (8 - px) << 11);
             }
-            ++groups_.blocks;
+            ++blocks;
         }
+        groups_.blocks = blocks;
     }
 
     // One target row, from the source rows at `upper` and `lower` (a lower
