@@ -35,7 +35,8 @@ namespace pixmill {
 // near - blockBase[b] below 32. Lane t of block b takes lane
 // pairs[b][t] & 31 of the two (16 and up: of the second), weighted by
 // 8 - px = pairs[b][t] >> 11 and px = (pairs[b][t] >> 8) & 7. The first
-// `blocks` blocks cover the columns of the first groups.
+// `blocks` blocks cover the columns of the first groups; of them, the first
+// `pairedBlocks` come in pairs with the same base.
 struct ColumnGroups {
     static constexpr int32_t kCount = 512;
     static constexpr int32_t kBlockLanes = 16;
@@ -43,7 +44,7 @@ struct ColumnGroups {
     int32_t base[kCount];
     alignas(64) uint8_t taps[kCount][16];
     alignas(64) uint8_t weights[kCount][16];
-    int32_t blocks;
+    int32_t blocks, pairedBlocks;
     int32_t blockBase[kBlocks];
     alignas(64) uint16_t pairs[kBlocks][kBlockLanes];
 };
@@ -125,9 +126,14 @@ public:
         int32_t blocks = 0;
         while (far == 1 && c.readable >= 2 * kLanes + 1 && (blocks + 1) * kLanes <= count * size) {
             const int32_t first = start + (from + blocks * kLanes) * step;
-            const int32_t base = min32(positionIndex(first), c.readable - 2 * kLanes - 1);
-            if (positionIndex(first + (kLanes - 1) * step) - base >= 2 * kLanes)
+            int32_t base = min32(positionIndex(first), c.readable - 2 * kLanes - 1);
+            const int32_t last = positionIndex(first + (kLanes - 1) * step);
+            if (last - base >= 2 * kLanes)
                 break;
+            // An odd block whose taps lie in the bytes of the block before it
+            // shares them, so that one vector serves both.
+            if ((blocks & 1) && last - groups_.blockBase[blocks - 1] < 2 * kLanes)
+                base = groups_.blockBase[blocks - 1];
             groups_.blockBase[blocks] = base;
             uint16_t *pairs = groups_.pairs[blocks];
             for (int32_t t = 0, pos = first; t < kLanes; ++t, pos += step) {
@@ -138,6 +144,10 @@ public:
             ++blocks;
         }
         groups_.blocks = blocks;
+        int32_t paired = 0;
+        while (paired + 1 < blocks && groups_.blockBase[paired + 1] == groups_.blockBase[paired])
+            paired += 2;
+        groups_.pairedBlocks = paired;
     }
 
     // One target row, from the source rows at `upper` and `lower` (a lower
