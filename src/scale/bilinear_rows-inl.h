@@ -68,21 +68,22 @@ inline size_t filterColumns(const uint8_t *row, const ColumnGroups &groups, size
         };
         const size_t blocks = size_t(groups.blocks), paired = size_t(groups.pairedBlocks);
         size_t b = 0;
-        for (; b < paired; b += 2, out += 2 * kLanes) {
+        for (; b < paired; b += 2) {
             const uint8_t *s = row + groups.blockBase[b];
-            const auto lanes = hn::LoadU(hn::FixedTag<uint16_t, 2 * kLanes>(), groups.pairs[b]);
+            const auto lanes = hn::Load(hn::FixedTag<uint16_t, 2 * kLanes>(), groups.pairs[b]);
             const __m512i bytes =
                 _mm512_inserti64x4(_mm512_castsi256_si512(hn::LoadU(dBytes, s).raw), hn::LoadU(dBytes, s + 1).raw, 1);
             const auto pairs = hn::Vec<decltype(dWide)>{_mm512_permutexvar_epi16(lanes.raw, bytes)};
-            hn::StoreU(filterPairs(pairs, weights(lanes)), hn::FixedTag<int16_t, 2 * kLanes>(), out);
+            hn::StoreU(filterPairs(pairs, weights(lanes)), hn::FixedTag<int16_t, 2 * kLanes>(), out + b * kLanes);
         }
-        for (; b < blocks; ++b, out += kLanes) {
+        for (; b < blocks; ++b) {
             const uint8_t *s = row + groups.blockBase[b];
-            const auto lanes = hn::LoadU(hn::FixedTag<uint16_t, kLanes>(), groups.pairs[b]);
+            const auto lanes = hn::Load(hn::FixedTag<uint16_t, kLanes>(), groups.pairs[b]);
             const auto pairs = hn::Vec<decltype(dBytes)>{
                 _mm256_permutex2var_epi16(hn::LoadU(dBytes, s).raw, lanes.raw, hn::LoadU(dBytes, s + 1).raw)};
-            hn::StoreU(filterPairs(pairs, weights(lanes)), hn::FixedTag<int16_t, kLanes>(), out);
+            hn::StoreU(filterPairs(pairs, weights(lanes)), hn::FixedTag<int16_t, kLanes>(), out + b * kLanes);
         }
+        out += blocks * kLanes;
         if (blocks)
             g = blocks * kLanes / size;
     }
