@@ -120,8 +120,9 @@ public:
             ++count;
         }
         count_ = count;
-        // Blocks of whole groups whose taps lie in 2 * kLanes + 1 bytes of the
-        // row, from the first tap or ending at the row's end.
+        // Blocks over the columns of the groups (a block is a whole number of
+        // groups of any size), while their taps lie in 2 * kLanes + 1 bytes
+        // of the row from the first tap on, or ending at the row's end.
         constexpr int32_t kLanes = ColumnGroups::kBlockLanes;
         int32_t blocks = 0;
         while (far == 1 && c.readable >= 2 * kLanes + 1 && (blocks + 1) * kLanes <= count * size) {
