@@ -84,8 +84,8 @@ inline size_t filterColumns(const uint8_t *row, const ColumnGroups &groups, size
             hn::StoreU(filterPairs(pairs, weights(lanes)), hn::FixedTag<int16_t, kLanes>(), out + b * kLanes);
         }
         out += blocks * kLanes;
-        if (blocks)
-            g = blocks * kLanes / size;
+        if (blocks) // size is 2, 4 or 8: no division
+            g = (blocks * kLanes) >> hwy::Num0BitsBelowLS1Bit_Nonzero64(size);
     }
 #endif
 #if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
