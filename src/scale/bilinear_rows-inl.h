@@ -76,13 +76,19 @@ inline size_t filterColumns(const uint8_t *row, const ColumnGroups &groups, size
             const auto pairs = hn::Vec<decltype(dWide)>{_mm512_permutexvar_epi16(lanes.raw, bytes)};
             hn::StoreU(filterPairs(pairs, weights(lanes)), hn::FixedTag<int16_t, 2 * kLanes>(), out + b * kLanes);
         }
-        for (; b < blocks; ++b) {
+        const auto block = [&](size_t b) {
             const uint8_t *s = row + groups.blockBase[b];
             const auto lanes = hn::Load(hn::FixedTag<uint16_t, kLanes>(), groups.pairs[b]);
             const auto pairs = hn::Vec<decltype(dBytes)>{
                 _mm256_permutex2var_epi16(hn::LoadU(dBytes, s).raw, lanes.raw, hn::LoadU(dBytes, s + 1).raw)};
             hn::StoreU(filterPairs(pairs, weights(lanes)), hn::FixedTag<int16_t, kLanes>(), out + b * kLanes);
+        };
+        for (; b + 2 <= blocks; b += 2) {
+            block(b);
+            block(b + 1);
         }
+        if (b < blocks)
+            block(b);
         out += blocks * kLanes;
         if (blocks) // size is 2, 4 or 8: no division
             g = (blocks * kLanes) >> hwy::Num0BitsBelowLS1Bit_Nonzero64(size);
