@@ -53,6 +53,49 @@ inline size_t filterColumns(const uint8_t *row, const ColumnGroups &groups, size
 {
     const hn::FixedTag<uint8_t, 16> d8;
     size_t g = 0;
+#if HWY_TARGET == HWY_AVX3
+    {
+        // Blocks of 16 lanes: one two-vector lane pick gives all their tap
+        // pairs, and the upper bits of the lane numbers hold the weights. The
+        // leading pairs of blocks on the same 33 bytes take one pick of 32
+        // lanes from one vector of the 32 bytes from the base and those from
+        // base + 1.
+        constexpr size_t kLanes = ColumnGroups::kBlockLanes;
+        const hn::FixedTag<uint8_t, 2 * kLanes> dBytes;
+        const hn::FixedTag<uint8_t, 4 * kLanes> dWide;
+        const auto weights = [](auto lanes) {
+            const hn::DFromV<decltype(lanes)> du;
+            return hn::BitCast(hn::Repartition<uint8_t, decltype(du)>(),
+                               hn::Or(hn::ShiftRight<11>(lanes), hn::And(lanes, hn::Set(du, 0x0700))));
+        };
+        const size_t blocks = size_t(groups.blocks), paired = size_t(groups.pairedBlocks);
+        size_t b = 0;
+        for (; b < paired; b += 2) {
+            const uint8_t *s = row + groups.blockBase[b];
+            const auto lanes = hn::Load(hn::FixedTag<uint16_t, 2 * kLanes>(), groups.pairs[b]);
+            const __m512i bytes =
+                _mm512_inserti64x4(_mm512_castsi256_si512(hn::LoadU(dBytes, s).raw), hn::LoadU(dBytes, s + 1).raw, 1);
+            const auto pairs = hn::Vec<decltype(dWide)>{_mm512_permutexvar_epi16(lanes.raw, bytes)};
+            hn::StoreU(filterPairs(pairs, weights(lanes)), hn::FixedTag<int16_t, 2 * kLanes>(), out + b * kLanes);
+        }
+        const auto block = [&](size_t b) {
+            const uint8_t *s = row + groups.blockBase[b];
+            const auto lanes = hn::Load(hn::FixedTag<uint16_t, kLanes>(), groups.pairs[b]);
+            const auto pairs = hn::Vec<decltype(dBytes)>{
+                _mm256_permutex2var_epi16(hn::LoadU(dBytes, s).raw, lanes.raw, hn::LoadU(dBytes, s + 1).raw)};
+            hn::StoreU(filterPairs(pairs, weights(lanes)), hn::FixedTag<int16_t, kLanes>(), out + b * kLanes);
+        };
+        for (; b + 2 <= blocks; b += 2) {
+            block(b);
+            block(b + 1);
+        }
+        if (b < blocks)
+            block(b);
+        out += blocks * kLanes;
+        if (blocks) // size is 2, 4 or 8: no division
+            g = (blocks * kLanes) >> hwy::Num0BitsBelowLS1Bit_Nonzero64(size);
+    }
+#endif
 #if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
     // Groups of eight fill a block each: two groups per 32-byte vector.
     if (size == 8) {

@@ -27,11 +27,26 @@ namespace pixmill {
 // weights[g][2t + 1] = px at its phase px; lanes past the group's size
 // repeat lane 0. The tables of neighbouring groups lie side by side, so
 // that a vector of two or more groups loads them at once.
+//
+// With neighbouring taps (far = 1) the first columns also come in blocks of
+// 16, for targets that pick 16-bit lanes out of two 32-byte vectors: the 32
+// source bytes from blockBase[b] and the 32 from blockBase[b] + 1 hold, as
+// 16-bit lanes, the tap pairs (near, near + 1) of every even and every odd
+// near - blockBase[b] below 32. Lane t of block b takes lane
+// pairs[b][t] & 31 of the two (16 and up: of the second), weighted by
+// 8 - px = pairs[b][t] >> 11 and px = (pairs[b][t] >> 8) & 7. The first
+// `blocks` blocks cover the columns of the first groups; of them, the first
+// `pairedBlocks` come in pairs with the same base.
 struct ColumnGroups {
     static constexpr int32_t kCount = 512;
+    static constexpr int32_t kBlockLanes = 16;
+    static constexpr int32_t kBlocks = kCount * 8 / kBlockLanes;
     int32_t base[kCount];
-    uint8_t taps[kCount][16];
-    uint8_t weights[kCount][16];
+    alignas(64) uint8_t taps[kCount][16];
+    alignas(64) uint8_t weights[kCount][16];
+    int32_t blocks, pairedBlocks;
+    int32_t blockBase[kBlocks];
+    alignas(64) uint16_t pairs[kBlocks][kBlockLanes];
 };
 
 // The two passes as row kernels (see frame/simd.h).
@@ -57,7 +72,7 @@ struct Columns {
 class BilinearStrip {
 public:
     // Strips hold at most this many groups and columns, so that a strip
-    // takes some 35 KiB of stack whatever the width, and a row of 4K video
+    // takes some 45 KiB of stack whatever the width, and a row of 4K video
     // is one strip (rows written in pieces are slower to write back).
     static constexpr int32_t kGroups = ColumnGroups::kCount;
     static constexpr int32_t kMaxWidth = 4096;
@@ -78,27 +93,62 @@ public:
         // them are filtered here. A group's 16 bytes start at its first tap,
         // or end at the row's end where that leaves fewer than 16: its taps
         // all lie in the row, so they stay within the 16 bytes either way.
-        while (size_ && (count_ + 1) * size_ <= n && from + (count_ + 1) * size_ <= c.edgeFrom && c.readable >= 16) {
-            const int32_t first = from + count_ * size_;
-            int32_t &base = groups_.base[count_];
-            base = min32(positionIndex(c.start + first * c.step) << c.shift, c.readable - 16);
+        // Locals throughout: the byte stores into the tables may alias anything.
+        const int32_t start = c.start, step = c.step, shift = c.shift, far = c.far, size = size_;
+        int32_t count = 0;
+        while (size && (count + 1) * size <= n && from + (count + 1) * size <= c.edgeFrom && c.readable >= 16) {
+            const int32_t first = start + (from + count * size) * step;
+            int32_t base = min32(positionIndex(first) << shift, c.readable - 16);
             // An odd group whose taps lie in the 16 bytes of the group before
             // it shares them, so that a vector of two groups loads them once.
-            if (count_ & 1) {
-                const int32_t last = c.start + (first + size_ - 1) * c.step;
-                if ((positionIndex(last) << c.shift) + c.far < groups_.base[count_ - 1] + 16)
-                    base = groups_.base[count_ - 1];
+            if (count & 1) {
+                const int32_t last = first + (size - 1) * step;
+                if ((positionIndex(last) << shift) + far < groups_.base[count - 1] + 16)
+                    base = groups_.base[count - 1];
             }
-            for (int32_t t = 0; t < 8; ++t) {
-                const int32_t pos = c.start + (first + (t < size_ ? t : 0)) * c.step; // past the size: lane 0
-                const int32_t nearTap = (positionIndex(pos) << c.shift) - base;
-                groups_.taps[count_][2 * t] = static_cast<uint8_t>(nearTap);
-                groups_.taps[count_][2 * t + 1] = static_cast<uint8_t>(nearTap + c.far);
-                groups_.weights[count_][2 * t] = static_cast<uint8_t>(8 - positionPhase(pos));
-                groups_.weights[count_][2 * t + 1] = static_cast<uint8_t>(positionPhase(pos));
+            groups_.base[count] = base;
+            uint8_t *taps = groups_.taps[count], *weights = groups_.weights[count];
+            for (int32_t t = 0, pos = first; t < 8; ++t, pos += step) {
+                if (t == size) // past the size: lane 0
+                    pos = first;
+                const int32_t nearTap = (positionIndex(pos) << shift) - base, px = positionPhase(pos);
+                taps[2 * t] = static_cast<uint8_t>(nearTap);
+                taps[2 * t + 1] = static_cast<uint8_t>(nearTap + far);
+                weights[2 * t] = static_cast<uint8_t>(8 - px);
+                weights[2 * t + 1] = static_cast<uint8_t>(px);
             }
-            ++count_;
+            ++count;
         }
+        count_ = count;
+        // Blocks over the columns of the groups (a block is a whole number of
+        // groups of any size), while their taps lie in 2 * kLanes + 1 bytes
+        // of the row from the first tap on, or ending at the row's end.
+        constexpr int32_t kLanes = ColumnGroups::kBlockLanes;
+        int32_t blocks = 0;
+        while (far == 1 && c.readable >= 2 * kLanes + 1 && (blocks + 1) * kLanes <= count * size) {
+            const int32_t first = start + (from + blocks * kLanes) * step;
+            int32_t base = min32(positionIndex(first), c.readable - 2 * kLanes - 1);
+            const int32_t last = positionIndex(first + (kLanes - 1) * step);
+            if (last - base >= 2 * kLanes)
+                break;
+            // An odd block whose taps lie in the bytes of the block before it
+            // shares them, so that one vector serves both.
+            if ((blocks & 1) && last - groups_.blockBase[blocks - 1] < 2 * kLanes)
+                base = groups_.blockBase[blocks - 1];
+            groups_.blockBase[blocks] = base;
+            uint16_t *pairs = groups_.pairs[blocks];
+            for (int32_t t = 0, pos = first; t < kLanes; ++t, pos += step) {
+                const int32_t rel = positionIndex(pos) - base, px = positionPhase(pos);
+                const int32_t lane = (rel >> 1) + (rel & 1) * kLanes;
+                pairs[t] = static_cast<uint16_t>(lane | px << 8 | (8 - px) << 11);
+            }
+            ++blocks;
+        }
+        groups_.blocks = blocks;
+        int32_t paired = 0;
+        while (paired + 1 < blocks && groups_.blockBase[paired + 1] == groups_.blockBase[paired])
+            paired += 2;
+        groups_.pairedBlocks = paired;
     }
 
     // One target row, from the source rows at `upper` and `lower` (a lower
@@ -168,9 +218,9 @@ private:
     const Columns c_;
     const int32_t from_, n_, size_;
     int32_t count_ = 0;
-    ColumnGroups groups_;
+    alignas(64) ColumnGroups groups_;
     const uint8_t *held_[2] = {nullptr, nullptr};
-    int16_t h_[2][kMaxWidth + 8]; // a group stores eight lanes
+    alignas(64) int16_t h_[2][kMaxWidth + 8]; // a group stores eight lanes; vector stores stay in cache lines
 };
 
 } // namespace pixmill
