@@ -188,35 +188,41 @@ HWY_INLINE void storePart(D8 d8, hn::Vec<D8> v, uint8_t *out, size_t from, size_
     std::memcpy(out + from, bytes + from, to - from);
 }
 
-// Writes the n bytes of a target row as whole vectors vector(i): the first
-// one where it falls (unless the row starts aligned), the following ones
-// aligned, the last one ending at n (it writes some bytes again, with the
-// same values). kStream stores the aligned ones past the caches and the
-// bytes before and after them alone, so that no line takes both kinds of
-// store (a plain store into a streamed line waits for it to leave). Returns
-// n, or 0 when n is below a vector.
-template <bool kStream, class D8, class Vector>
-HWY_INLINE size_t storeRow(D8 d8, uint8_t *out, size_t n, Vector vector)
+// Writes the n bytes of one or more target rows as whole vectors:
+// vectors(i, store) makes the vectors of bytes i .. i + N - 1 of its rows
+// and hands each to store(v, row + i). The first vector goes where it falls
+// (unless `aligned` starts on a vector), the following ones on the vector
+// alignment of `aligned`, the last one ends at n (it writes some bytes
+// again, with the same values). kStream stores the aligned ones past the
+// caches and the bytes before and after them alone, so that no line takes
+// both kinds of store (a plain store into a streamed line waits for it to
+// leave); streamed rows share the alignment of `aligned`. Returns n, or 0
+// when n is below a vector.
+template <bool kStream, class D8, class Vectors>
+HWY_INLINE size_t storeRows(D8 d8, const uint8_t *aligned, size_t n, Vectors vectors)
 {
+    using V8 = hn::Vec<D8>;
     const size_t N = hn::Lanes(d8);
     if (n < N)
         return 0;
-    size_t i = (N - reinterpret_cast<uintptr_t>(out) % N) % N;
+    size_t i = (N - reinterpret_cast<uintptr_t>(aligned) % N) % N;
+    const size_t last = n - N;
     if constexpr (kStream) {
         if (i)
-            storePart(d8, vector(0), out, 0, i);
+            vectors(0, [&](V8 v, uint8_t *at) { storePart(d8, v, at, 0, i); });
         for (; i + N <= n; i += N)
-            hn::Stream(vector(i), d8, out + i);
+            vectors(i, [&](V8 v, uint8_t *at) { hn::Stream(v, d8, at); });
         if (i < n)
-            storePart(d8, vector(n - N), out + n - N, i - (n - N), N);
+            vectors(last, [&](V8 v, uint8_t *at) { storePart(d8, v, at, i - last, N); });
         return n;
     }
+    const auto store = [&](V8 v, uint8_t *at) { hn::StoreU(v, d8, at); };
     if (i)
-        hn::StoreU(vector(0), d8, out);
+        vectors(0, store);
     for (; i + N <= n; i += N)
-        hn::Store(vector(i), d8, out + i);
+        vectors(i, store);
     if (i < n)
-        hn::StoreU(vector(n - N), d8, out + n - N);
+        vectors(last, store);
     return n;
 }
 
@@ -227,8 +233,8 @@ HWY_INLINE size_t blendRow(const int16_t *upper, const int16_t *lower, int32_t p
     const hn::ScalableTag<int16_t> d;
     const hn::Repartition<uint8_t, decltype(d)> d8;
     const auto wu = hn::Set(d, static_cast<int16_t>(8 - py)), w = hn::Set(d, static_cast<int16_t>(py));
-    if (const size_t done =
-            storeRow<kStream>(d8, out, n, [&](size_t i) { return blendVector(d, upper, lower, wu, w, i); }))
+    if (const size_t done = storeRows<kStream>(
+            d8, out, n, [&](size_t i, auto store) { store(blendVector(d, upper, lower, wu, w, i), out + i); }))
         return done;
     // Rows shorter than a vector of bytes: half vectors.
     const hn::Rebind<uint8_t, decltype(d)> dHalf;

@@ -73,7 +73,7 @@ size_t blendPixels(const int16_t *const upper[3], const int16_t *const lower[3],
 }
 
 // Both rows in one walk over the filtered lanes: each pair of vectors of
-// them is loaded once for the two rows. Whole vectors as storeRow writes
+// them is loaded once for the two rows. Whole vectors as storeRows writes
 // them, aligned in out0; kStream streams both rows this way when they share
 // the alignment, and else streams them one after the other.
 template <bool kStream>
@@ -91,34 +91,12 @@ HWY_INLINE size_t blendPair(const int16_t *upper, const int16_t *lower, int32_t 
     }
     const auto w0 = hn::Set(d, static_cast<int16_t>(py0)), w1 = hn::Set(d, static_cast<int16_t>(py1));
     const auto wu0 = hn::Set(d, static_cast<int16_t>(8 - py0)), wu1 = hn::Set(d, static_cast<int16_t>(8 - py1));
-    const auto pair = [&](size_t i, auto store) {
+    return storeRows<kStream>(d8, out0, n, [&](size_t i, auto store) {
         const auto u0 = hn::LoadU(d, upper + i), u1 = hn::LoadU(d, upper + i + N);
         const auto l0 = hn::LoadU(d, lower + i), l1 = hn::LoadU(d, lower + i + N);
         store(blendLanes(d, u0, u1, l0, l1, wu0, w0), out0 + i);
         store(blendLanes(d, u0, u1, l0, l1, wu1, w1), out1 + i);
-    };
-    size_t i = (N8 - reinterpret_cast<uintptr_t>(out0) % N8) % N8;
-    if constexpr (kStream) {
-        // As storeRow does: the bytes before and after the streamed lines alone.
-        const auto part = [&](size_t from, size_t to) {
-            return [&, from, to](hn::Vec<decltype(d8)> v, uint8_t *at) { storePart(d8, v, at, from, to); };
-        };
-        if (i)
-            pair(0, part(0, i));
-        for (; i + N8 <= n; i += N8)
-            pair(i, [&](hn::Vec<decltype(d8)> v, uint8_t *at) { hn::Stream(v, d8, at); });
-        if (i < n)
-            pair(n - N8, part(i - (n - N8), N8));
-        return n;
-    }
-    const auto storeU = [&](hn::Vec<decltype(d8)> v, uint8_t *at) { hn::StoreU(v, d8, at); };
-    if (i)
-        pair(0, storeU);
-    for (; i + N8 <= n; i += N8)
-        pair(i, storeU);
-    if (i < n)
-        pair(n - N8, storeU);
-    return n;
+    });
 }
 
 size_t blendRowPair(const int16_t *upper, const int16_t *lower, int32_t py0, int32_t py1, uint8_t *out0,
